@@ -1,0 +1,6 @@
+#include "model/vorlogin.h"
+
+VorLogin::VorLogin(QWidget *parent)
+    : QWidget(parent)
+{
+}

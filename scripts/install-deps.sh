@@ -1,0 +1,21 @@
+#!/usr/bin/env bash
+# Installs the Debian 12 packages that are missing: those to build and run the client, and with --test
+# those the test suite needs as well (a real OpenSSH server, clang for the fuzz target).
+set -euo pipefail
+
+packages=(cmake ninja-build g++ pkg-config qtbase5-dev qttranslations5-l10n libssh2-1-dev fonts-noto-cjk)
+if [[ "${1:-}" == "--test" ]]; then
+    packages+=(openssh-server openssh-client clang libclang-rt-14-dev)
+fi
+
+missing=()
+for package in "${packages[@]}"; do
+    dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "install ok installed" || missing+=("$package")
+done
+[[ ${#missing[@]} -eq 0 ]] && exit 0
+
+sudo=()
+[[ $(id -u) -ne 0 ]] && sudo=(sudo)
+echo "Installing: ${missing[*]}"
+"${sudo[@]}" apt-get update -qq
+DEBIAN_FRONTEND=noninteractive "${sudo[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"

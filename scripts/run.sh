@@ -1,0 +1,9 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds the client and starts it.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+bash scripts/install-deps.sh
+cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+cmake --build build -j2 --target ombrivane
+exec ./build/ombrivane

@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# Builds and runs every test: the plain build, the AddressSanitizer + UndefinedBehaviorSanitizer build,
+# and (where clang's libFuzzer is installed) the authorization-code fuzz target for 60 seconds.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+bash scripts/install-deps.sh --test
+
+run_suite() {
+    local dir=$1
+    shift
+    cmake -S . -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo "$@" >/dev/null
+    cmake --build "$dir" -j2
+    (cd "$dir" && ctest --output-on-failure -j1 --timeout 300)
+}
+
+echo "== plain build"
+run_suite build
+echo "== sanitizer build"
+run_suite build-asan -DOMBRIVANE_SANITIZE=ON -DOMBRIVANE_BUILD_BENCH=OFF
+
+if [[ -f tests/fuzz/CMakeLists.txt ]] && command -v clang++ >/dev/null; then
+    echo "== fuzz"
+    cmake -S . -B build-fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++ \
+        -DOMBRIVANE_FUZZ=ON -DOMBRIVANE_BUILD_TESTS=OFF -DOMBRIVANE_BUILD_BENCH=OFF >/dev/null
+    cmake --build build-fuzz -j2 --target authcode_fuzzer
+    mkdir -p build-fuzz/corpus
+    build-fuzz/tests/fuzz/authcode_fuzzer -max_total_time=60 -print_final_stats=1 build-fuzz/corpus
+fi

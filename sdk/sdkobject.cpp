@@ -1,0 +1,7 @@
+#include "sdk/sdkobject.h"
+
+void SdkObject::applyServerState(const ServerState &newState)
+{
+    state = newState;
+    emit serverStateChanged(state);
+}

@@ -1,0 +1,6 @@
+#include "sdk/sdktarn.h"
+
+SdkTarn::SdkTarn(QObject *parent)
+    : SdkObject(parent)
+{
+}

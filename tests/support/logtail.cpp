@@ -1,0 +1,34 @@
+#include "support/logtail.h"
+
+#include "app/vorlog.h"
+
+#include <QFile>
+#include <QRegularExpression>
+
+LogTail::LogTail()
+{
+    QFile file(VorLog::instance()->filePath());
+    m_start = file.exists() ? file.size() : 0;
+}
+
+QStringList LogTail::lines() const
+{
+    QFile file(VorLog::instance()->filePath());
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    file.seek(m_start);
+    return QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+}
+
+QStringList LogTail::messagesOf(const QString &function) const
+{
+    // [F][time][thread][file function:line][message]
+    static const QRegularExpression shape(QStringLiteral("^\\[[A-Z]\\]\\[[^\\]]*\\]\\[[^\\]]*\\]\\[\\S+ (\\S+):\\d+\\]\\[(.*)\\]$"));
+    QStringList result;
+    for (const QString &line : lines()) {
+        const QRegularExpressionMatch match = shape.match(line);
+        if (match.hasMatch() && match.captured(1) == function)
+            result << match.captured(2);
+    }
+    return result;
+}

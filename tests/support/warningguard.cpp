@@ -1,0 +1,54 @@
+#include "support/warningguard.h"
+
+#include "app/vorlog.h"
+
+#include <QMutex>
+#include <QMutexLocker>
+
+namespace {
+
+QMutex mutex;
+QStringList seen;
+QStringList allowed;
+QtMessageHandler previous = nullptr;
+
+void guardHandler(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    if (type == QtDebugMsg || type == QtInfoMsg) {
+        vorMessageHandler(type, context, message);
+        return;
+    }
+    {
+        QMutexLocker lock(&mutex);
+        bool expected = false;
+        for (const QString &fragment : qAsConst(allowed))
+            expected = expected || message.contains(fragment);
+        if (!expected)
+            seen << message;
+    }
+    if (previous)
+        previous(type, context, message);
+}
+
+} // namespace
+
+void WarningGuard::install()
+{
+    QtMessageHandler old = qInstallMessageHandler(guardHandler);
+    if (old != guardHandler)
+        previous = old;
+}
+
+QStringList WarningGuard::take()
+{
+    QMutexLocker lock(&mutex);
+    QStringList result;
+    result.swap(seen);
+    return result;
+}
+
+void WarningGuard::allow(const QString &fragment)
+{
+    QMutexLocker lock(&mutex);
+    allowed << fragment;
+}

@@ -1,0 +1,103 @@
+#include "ui/vordialog.h"
+#include "ui_vordialog.h"
+
+#include "app/movefilter.h"
+
+#include <QMovie>
+#include <QThread>
+
+VorDialog::VorDialog(QWidget *parent)
+    : QDialog(parent)
+    , ui(std::make_unique<Ui::VorDialog>())
+{
+    ui->setupUi(this);
+    makeFrameless(this, ui->widgetDialogTitle);
+}
+
+VorDialog::~VorDialog() = default;
+
+void VorDialog::setChoice(const QString &title, const QString &text, const QString &yesText, const QString &noText)
+{
+    ui->stackedWidget->setCurrentWidget(ui->pageChoice);
+    ui->labelDialogTitle->setText(title);
+    ui->labelMsg->setText(text);
+    ui->pushButtonYes->setText(yesText);
+    ui->pushButtonNo->setText(noText);
+}
+
+void VorDialog::setMessage(const QString &title, const QString &text, const QString &yesText)
+{
+    ui->stackedWidget->setCurrentWidget(ui->pageChoice);
+    ui->labelDialogTitle->setText(title);
+    ui->labelMsg->setText(text);
+    ui->pushButtonYes->setText(yesText);
+    ui->pushButtonNo->hide();
+}
+
+void VorDialog::setWait(const QString &title, const QString &text, QThread *thread)
+{
+    ui->stackedWidget->setCurrentWidget(ui->pageWait);
+    ui->labelDialogTitle->setText(title);
+    ui->labelWaitMsg->setText(text);
+    ui->widgetDialogButton->hide();
+
+    auto *movie = new QMovie(QStringLiteral(":/img/WaitMovie.gif"), QByteArray(), this);
+    ui->labelWait->setMovie(movie);
+    movie->start();
+    ui->pushButtonClose->hide(); // nothing may interrupt the worker
+
+    if (thread) {
+        connect(thread, &QThread::finished, thread, &QObject::deleteLater);
+        connect(thread, &QThread::finished, this, &QDialog::accept);
+        thread->start();
+    }
+}
+
+void VorDialog::setRename(const QString &title, const QString &prompt, const QString &text, const QString &yesText,
+                          const QString &noText)
+{
+    ui->stackedWidget->setCurrentWidget(ui->pageRename);
+    ui->labelDialogTitle->setText(title);
+    ui->labelRename->setText(prompt);
+    ui->lineEditRename->setText(text);
+    ui->pushButtonYes->setText(yesText);
+    ui->pushButtonNo->setText(noText);
+    ui->lineEditRename->setFocus();
+}
+
+QString VorDialog::renameText() const
+{
+    return ui->lineEditRename->text();
+}
+
+int VorDialog::showChoice(const QString &title, const QString &text, QWidget *parent, const QString &yesText,
+                          const QString &noText)
+{
+    VorDialog dialog(parent);
+    dialog.setChoice(title, text, yesText, noText);
+    return dialog.exec();
+}
+
+int VorDialog::showMessage(const QString &title, const QString &text, QWidget *parent, const QString &yesText)
+{
+    VorDialog dialog(parent);
+    dialog.setMessage(title, text, yesText);
+    return dialog.exec();
+}
+
+int VorDialog::showWait(const QString &title, const QString &text, QWidget *parent, QThread *thread)
+{
+    VorDialog dialog(parent);
+    dialog.setWait(title, text, thread);
+    return dialog.exec();
+}
+
+int VorDialog::showRename(const QString &title, const QString &prompt, QWidget *parent, QString &text,
+                          const QString &yesText, const QString &noText)
+{
+    VorDialog dialog(parent);
+    dialog.setRename(title, prompt, text, yesText, noText);
+    const int result = dialog.exec();
+    text = dialog.renameText();
+    return result;
+}

@@ -1,0 +1,8 @@
+#include "ui/vorpagedownload.h"
+
+VorPageDownload::VorPageDownload(QWidget *parent)
+    : QWidget(parent)
+{
+}
+
+void VorPageDownload::dataUpdateDownloadInfo() { }
