@@ -31,7 +31,7 @@ VorLog::VorLog(QObject *parent)
     const QString folder = logFolder();
     QDir().mkpath(folder);
     m_filePath = folder + QStringLiteral("vorlog%1.log").arg(QDate::currentDate().toString(QStringLiteral("yyyyMMdd")));
-    removeOldLogs(folder);
+    removeOldLogs(folder, QDate::currentDate());
 }
 
 VorLog *VorLog::instance()
@@ -92,9 +92,8 @@ QByteArray VorLog::currentTime()
     return QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd hh:mm:ss:zzz")).toLatin1();
 }
 
-void VorLog::removeOldLogs(const QString &folder) const
+void VorLog::removeOldLogs(const QString &folder, const QDate &today)
 {
-    const QDate today = QDate::currentDate();
     const QFileInfoList files = QDir(folder).entryInfoList(QDir::Files, QDir::NoSort);
     for (const QFileInfo &info : files) {
         if (!info.fileName().contains(QLatin1String("vorlog")) || info.suffix() != QLatin1String("log"))

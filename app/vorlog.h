@@ -21,6 +21,8 @@ public:
 
     // The file name of a call site without folders and extension ("vorsdk" for ops/vorsdk.cpp).
     static QByteArray sourceName(const char *file);
+    // Deletes the daily logs in the folder that are more than 30 days older than today.
+    static void removeOldLogs(const QString &folder, const QDate &today);
 
     template<typename... Items>
     static void record(QDebug stream, int level, const char *file, const char *function, int line,
@@ -37,7 +39,6 @@ signals:
 private:
     explicit VorLog(QObject *parent = nullptr);
     static QByteArray currentTime();
-    void removeOldLogs(const QString &folder) const;
 
     QString m_filePath;
 };

@@ -9,8 +9,7 @@
 
 namespace {
 
-template<typename Record>
-void replaceRecords(QList<Record *> &stored, const QList<Record *> &incoming)
+template<typename Record> void replaceRecords(QList<Record *> &stored, const QList<Record *> &incoming)
 {
     qDeleteAll(stored); // deleting a null entry is a no-op
     stored.clear();

@@ -19,10 +19,18 @@ QString VorCommonTool::fromBase64(const QString &code)
 
 QString VorCommonTool::monthNumber(const QString &name)
 {
-    static const QStringList months { QString(),         QStringLiteral("JAN"), QStringLiteral("FEB"),
-                                      QStringLiteral("MAR"), QStringLiteral("APR"), QStringLiteral("MAY"),
-                                      QStringLiteral("JUN"), QStringLiteral("JUL"), QStringLiteral("AUG"),
-                                      QStringLiteral("SEP"), QStringLiteral("OCT"), QStringLiteral("NOV"),
+    static const QStringList months { QString(),
+                                      QStringLiteral("JAN"),
+                                      QStringLiteral("FEB"),
+                                      QStringLiteral("MAR"),
+                                      QStringLiteral("APR"),
+                                      QStringLiteral("MAY"),
+                                      QStringLiteral("JUN"),
+                                      QStringLiteral("JUL"),
+                                      QStringLiteral("AUG"),
+                                      QStringLiteral("SEP"),
+                                      QStringLiteral("OCT"),
+                                      QStringLiteral("NOV"),
                                       QStringLiteral("DEC") };
     return QString::number(qMax(0, months.indexOf(name)));
 }

@@ -23,7 +23,8 @@ QStringList LogTail::lines() const
 QStringList LogTail::messagesOf(const QString &function) const
 {
     // [F][time][thread][file function:line][message]
-    static const QRegularExpression shape(QStringLiteral("^\\[[A-Z]\\]\\[[^\\]]*\\]\\[[^\\]]*\\]\\[\\S+ (\\S+):\\d+\\]\\[(.*)\\]$"));
+    static const QRegularExpression shape(
+        QStringLiteral("^\\[[A-Z]\\]\\[[^\\]]*\\]\\[[^\\]]*\\]\\[\\S+ (\\S+):\\d+\\]\\[(.*)\\]$"));
     QStringList result;
     for (const QString &line : lines()) {
         const QRegularExpressionMatch match = shape.match(line);

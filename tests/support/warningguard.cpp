@@ -9,7 +9,9 @@ namespace {
 
 QMutex mutex;
 QStringList seen;
-QStringList allowed;
+// The offscreen platform cannot pass size hints to a window system it does not have; it says so on
+// every dialog it shows.
+QStringList allowed { QStringLiteral("This plugin does not support propagateSizeHints()") };
 QtMessageHandler previous = nullptr;
 
 void guardHandler(QtMsgType type, const QMessageLogContext &context, const QString &message)

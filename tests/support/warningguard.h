@@ -16,6 +16,6 @@ public:
 
 #define VERIFY_NO_QT_WARNINGS()                                                                                        \
     do {                                                                                                               \
-        const QStringList warnings = WarningGuard::take();                                                           \
-        QVERIFY2(warnings.isEmpty(), qPrintable(warnings.join(QLatin1Char('\n'))));                                  \
+        const QStringList warnings = WarningGuard::take();                                                             \
+        QVERIFY2(warnings.isEmpty(), qPrintable(warnings.join(QLatin1Char('\n'))));                                    \
     } while (false)
