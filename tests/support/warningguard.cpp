@@ -25,8 +25,9 @@ void guardHandler(QtMsgType type, const QMessageLogContext &context, const QStri
         bool expected = false;
         for (const QString &fragment : qAsConst(allowed))
             expected = expected || message.contains(fragment);
-        if (!expected)
-            seen << message;
+        if (expected)
+            return;
+        seen << message;
     }
     if (previous)
         previous(type, context, message);
