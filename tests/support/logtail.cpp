@@ -6,14 +6,20 @@
 #include <QRegularExpression>
 
 LogTail::LogTail()
+    : LogTail(VorLog::instance()->filePath())
 {
-    QFile file(VorLog::instance()->filePath());
+}
+
+LogTail::LogTail(const QString &path)
+    : m_path(path)
+{
+    QFile file(m_path);
     m_start = file.exists() ? file.size() : 0;
 }
 
 QStringList LogTail::lines() const
 {
-    QFile file(VorLog::instance()->filePath());
+    QFile file(m_path);
     if (!file.open(QIODevice::ReadOnly))
         return {};
     file.seek(m_start);
