@@ -84,16 +84,30 @@ def ramp(start, end, steps):
     return [tuple(round(a[c] + (b[c] - a[c]) * i / (steps - 1)) for c in range(3)) for i in range(steps)]
 
 
-def wait_palette():
+def wait_colours():
     # Every pixel of the animation lies between white, the pale track and the blue arc, so one fixed
     # palette of those blends keeps the frames free of dithering noise and of colour jumps between frames.
     colours = ramp(WHITE, BLUE, 96) + ramp(WHITE, BLUE_LIGHT, 32) + ramp(BLUE_LIGHT, BLUE, 96)
-    colours = list(dict.fromkeys(colours))[:256]
+    return list(dict.fromkeys(colours))[:256]
+
+
+def to_palette(frame, colours):
+    """Maps each pixel to its nearest palette colour (PIL's own quantizer shifts pure white)."""
     flat = [channel for colour in colours for channel in colour]
     flat += flat[-3:] * (256 - len(colours))
-    palette = Image.new("P", (1, 1))
-    palette.putpalette(flat)
-    return palette
+    nearest = {}
+    indices = []
+    for pixel in frame.getdata():
+        index = nearest.get(pixel)
+        if index is None:
+            index = min(range(len(colours)),
+                        key=lambda i: sum((pixel[c] - colours[i][c]) ** 2 for c in range(3)))
+            nearest[pixel] = index
+        indices.append(index)
+    result = Image.new("P", frame.size)
+    result.putpalette(flat)
+    result.putdata(indices)
+    return result
 
 
 def wait_frame(phase):
@@ -122,9 +136,8 @@ def wait_frame(phase):
 
 
 def wait_movie():
-    palette = wait_palette()
-    frames = [wait_frame(i / WAIT_FRAMES).quantize(palette=palette, dither=Image.Dither.NONE)
-              for i in range(WAIT_FRAMES)]
+    colours = wait_colours()
+    frames = [to_palette(wait_frame(i / WAIT_FRAMES), colours) for i in range(WAIT_FRAMES)]
     out = io.BytesIO()
     frames[0].save(out, format="GIF", save_all=True, append_images=frames[1:], duration=WAIT_FRAME_MS,
                    loop=0, disposal=1, optimize=False)
