@@ -1,11 +1,29 @@
 #pragma once
 
+#include <QString>
 #include <QWidget>
+#include <memory>
 
-// Placeholder login dialog until the real one lands.
+namespace Ui {
+class VorLogin;
+}
+
+// The sign-in window: the user pastes an authorization code and signs in behind a wait dialog.
 class VorLogin : public QWidget
 {
     Q_OBJECT
 public:
     explicit VorLogin(QWidget *parent = nullptr);
+    ~VorLogin() override;
+
+    // The code the box holds when the window opens: an object-store code of our own.
+    static QString defaultCode();
+
+public slots:
+    void on_pushButtonLogin_clicked();
+    // The login worker's result: empty on success, otherwise the message to show.
+    void loginMessage(QString message);
+
+private:
+    std::unique_ptr<Ui::VorLogin> ui;
 };

@@ -36,15 +36,26 @@ QString VorSdk::decodeAuthCode(const QString &code)
     return VorCommonTool::fromBase64(outer.mid(AuthCodePrefixLength));
 }
 
-SdkObject *VorSdk::createBackend(const QString &storage)
+VorSdk::Storage VorSdk::storageOf(const QJsonObject &code)
 {
-    if (storage == QLatin1String("sftp")) {
-        VorData::instance()->updateSaveLocation(false, true);
+    // A missing key or a value that is not a string reads as empty text.
+    const QString storage = code.value(QStringLiteral("storage")).toString();
+    if (storage == QLatin1String("sftp"))
+        return Storage::Sftp;
+    if (storage == QLatin1String("tarn"))
+        return Storage::Tarn;
+    return Storage::Unknown;
+}
+
+SdkObject *VorSdk::createBackend(Storage storage)
+{
+    switch (storage) {
+    case Storage::Sftp:
         return new SdkSftp;
-    }
-    if (storage == QLatin1String("tarn")) {
-        VorData::instance()->updateSaveLocation(true, false);
+    case Storage::Tarn:
         return new SdkTarn;
+    case Storage::Unknown:
+        break;
     }
     return nullptr;
 }
@@ -68,14 +79,19 @@ QString VorSdk::login(const QString &code)
     const QJsonObject object = QJsonDocument::fromJson(json.toUtf8()).object();
     VOR_LOG(5, "jsonObject", object);
 
-    SdkObject *backend = createBackend(object.value(QStringLiteral("storage")).toString());
-    if (!backend)
+    const Storage storage = storageOf(object);
+    if (storage == Storage::Unknown)
         return tr("授权码解析错误，请检查你的授权码是否正确！");
-    adoptBackend(backend);
+    SdkObject *backend = createBackend(storage);
+    VorData::instance()->updateSaveLocation(storage == Storage::Tarn, storage == Storage::Sftp);
 
     backend->parseAuthCode(json);
     VorData::instance()->updateUser(backend->userName(), backend->validDays(), true);
-    if (!backend->connectToServer())
+    const bool connected = backend->connectToServer();
+    // Handed over only now: until here it lives on this worker, so whatever it creates while connecting
+    // belongs to the same thread and moves along with it. A back end that failed stays the current one.
+    adoptBackend(backend);
+    if (!connected)
         return tr("登录服务器失败，请检查你的授权码是否有效！\n错误信息：%1").arg(backend->lastError);
 
     getFileInfo(backend->homePath(), QString());

@@ -7,6 +7,7 @@
 #include <QString>
 #include <QStringList>
 
+class QJsonObject;
 class SdkObject;
 
 // The single entry through which the pages act on the signed-in account: it forwards each action to the
@@ -52,9 +53,15 @@ public:
     // The JSON text inside an authorization code: outer base64, a six-character prefix, inner base64.
     static QString decodeAuthCode(const QString &code);
 
+    // The kind of store a decoded code names in "storage"; anything but the exact lower-case names is
+    // unknown.
+    enum class Storage { Unknown, Sftp, Tarn };
+    static Storage storageOf(const QJsonObject &code);
+    // A new back end of that kind without parent, or null for an unknown kind.
+    static SdkObject *createBackend(Storage storage);
+
 private:
     explicit VorSdk(QObject *parent = nullptr);
-    SdkObject *createBackend(const QString &storage);
     bool hasBackend(const char *operation) const;
 
     SdkObject *m_backend = nullptr;
