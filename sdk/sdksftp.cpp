@@ -179,7 +179,7 @@ bool SdkSftp::connectToServer()
 
     QByteArray rawFingerprint;
     const QString fingerprint = hostKeyFingerprint(&rawFingerprint);
-    VOR_LOG(5, "Fingerprint:", fingerprint, rawFingerprint.constData());
+    VOR_LOG(5, "Fingerprint:", fingerprint, rawFingerprint);
 
     const QByteArray methods = authenticationMethods();
     VOR_LOG(5, "Authentication methods:", methods.constData());
@@ -220,9 +220,11 @@ QString SdkSftp::hostKeyFingerprint(QByteArray *raw) const
     const char *hash = libssh2_hostkey_hash(m_session, LIBSSH2_HOSTKEY_HASH_SHA1);
     if (!hash)
         return QString();
-    // A copy of exactly the hash: it is logged as a terminated byte string as well as in hex.
-    *raw = QByteArray(hash, Sha1Length);
-    return QString::fromLatin1(raw->toHex(':'));
+    // The raw hash as a terminated byte string (it ends at its first zero byte); the log shows it escaped,
+    // since its bytes may hold line breaks, next to the usual hex form.
+    *raw = QByteArray(hash, static_cast<int>(qstrnlen(hash, Sha1Length)));
+    const QByteArray whole(hash, Sha1Length);
+    return QString::fromLatin1(whole.toHex(':'));
 }
 
 QByteArray SdkSftp::authenticationMethods()
