@@ -128,6 +128,22 @@ void reapAdoptedSessions()
     }
 }
 
+// Stops a process tree from the top down until no new process turns up; returns every process stopped.
+QSet<pid_t> stopTree(pid_t root)
+{
+    QSet<pid_t> frozen;
+    for (;;) {
+        QSet<pid_t> tree = descendantsOf(root, processTable());
+        tree.insert(root);
+        tree.subtract(frozen);
+        if (tree.isEmpty())
+            return frozen;
+        for (pid_t pid : qAsConst(tree))
+            ::kill(pid, SIGSTOP);
+        frozen.unite(tree);
+    }
+}
+
 int removeEntry(const char *path, const struct stat *, int, struct FTW *)
 {
     return ::remove(path);
@@ -335,6 +351,12 @@ bool TestSshd::isRunning() const
     return m_process.state() == QProcess::Running;
 }
 
+void TestSshd::freeze()
+{
+    if (m_process.state() == QProcess::Running)
+        stopTree(static_cast<pid_t>(m_process.processId()));
+}
+
 void TestSshd::stop()
 {
     reapAdoptedSessions();
@@ -343,17 +365,7 @@ void TestSshd::stop()
     const pid_t listener = static_cast<pid_t>(m_process.processId());
 
     // Freeze the whole tree first, so that no session starts or ends unseen while it is taken down.
-    QSet<pid_t> frozen;
-    for (;;) {
-        QSet<pid_t> tree = descendantsOf(listener, processTable());
-        tree.insert(listener);
-        tree.subtract(frozen);
-        if (tree.isEmpty())
-            break;
-        for (pid_t pid : qAsConst(tree))
-            ::kill(pid, SIGSTOP);
-        frozen.unite(tree);
-    }
+    QSet<pid_t> frozen = stopTree(listener);
     for (pid_t pid : qAsConst(frozen))
         ::kill(pid, SIGKILL);
     m_process.waitForFinished(ToolTimeoutMs);

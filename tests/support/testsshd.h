@@ -33,6 +33,9 @@ public:
     bool start(QString *whyNot);
     // Ends the listener and every session process under it: their connections drop.
     void stop();
+    // Stops the listener and every session process without ending them: connections stay open but the
+    // server says nothing more until stop().
+    void freeze();
     bool isRunning() const;
     // Processes below the listener: one group per open connection.
     int sessionProcessCount() const;
