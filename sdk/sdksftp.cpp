@@ -23,6 +23,7 @@ std::atomic<bool> libraryEnded { false };
 
 const char ShutdownDescription[] = "Normal Shutdown";
 const int Sha1Length = 20;
+const int GoodbyeTimeoutMs = 3000;
 
 LIBSSH2_SFTP_ATTRIBUTES noAttributes()
 {
@@ -246,9 +247,12 @@ void SdkSftp::shutdownSftp()
 {
     if (!m_sftp)
         return;
-    if (libraryEnded)
-        m_socket.shutdownTraffic(); // what the shutdown still sends fails locally
-    libssh2_sftp_shutdown(m_sftp);
+    prepareGoodbye();
+    if (libssh2_sftp_shutdown(m_sftp) != 0) {
+        // The server left the close unanswered and the library kept the handle: finish without the server.
+        m_socket.shutdownTraffic();
+        libssh2_sftp_shutdown(m_sftp);
+    }
     m_sftp = nullptr;
 }
 
@@ -256,12 +260,25 @@ void SdkSftp::endSession()
 {
     if (!m_session)
         return;
-    if (libraryEnded)
-        m_socket.shutdownTraffic(); // no goodbye once the library has been ended
-    else
+    prepareGoodbye();
+    if (!libraryEnded)
         libssh2_session_disconnect_ex(m_session, SSH_DISCONNECT_BY_APPLICATION, ShutdownDescription, "");
-    libssh2_session_free(m_session);
+    if (libssh2_session_free(m_session) != 0) {
+        m_socket.shutdownTraffic();
+        libssh2_session_free(m_session);
+    }
     m_session = nullptr;
+}
+
+void SdkSftp::prepareGoodbye()
+{
+    // Once the library has been ended (the process is going), nothing more is said to the server: what
+    // the tear-down still sends then fails locally.
+    if (libraryEnded)
+        m_socket.shutdownTraffic();
+    // A server that no longer answers is not waited for the full time-out at every step of the goodbye.
+    if (m_session)
+        libssh2_session_set_timeout(m_session, qMin(m_sessionTimeoutMs, GoodbyeTimeoutMs));
 }
 
 // ---- listing

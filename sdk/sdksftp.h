@@ -91,6 +91,7 @@ private:
     bool openTcpConnection();
     void shutdownSftp();
     void endSession();
+    void prepareGoodbye();
     QString hostKeyFingerprint(QByteArray *raw) const;
     QByteArray authenticationMethods();
     QList<ListedEntry> readFolder(LIBSSH2_SFTP_HANDLE *folder);
