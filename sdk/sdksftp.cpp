@@ -330,8 +330,7 @@ QList<SdkSftp::ListedEntry> SdkSftp::readFolder(LIBSSH2_SFTP_HANDLE *folder)
                                                static_cast<size_t>(longEntry.size()), &one.attributes);
         if (rc <= 0) {
             // The end of the folder and a failed read both end the listing. A name or line longer than
-            // the buffers is such a failure: the library keeps no way to skip it, so the entries read so
-            // far are what the folder shows.
+            // the buffers is such a failure (-38): the entries read so far are what the folder shows.
             if (rc < 0)
                 VOR_LOG(1, "libssh2_sftp_readdir_ex", rc);
             break;

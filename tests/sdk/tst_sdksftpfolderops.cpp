@@ -263,5 +263,5 @@ void TestSdkSftpFolderOps::operationsWithoutEffect()
     QVERIFY(log.lines().isEmpty());
 }
 
-QTEST_MAIN(TestSdkSftpFolderOps)
+QTEST_GUILESS_MAIN(TestSdkSftpFolderOps)
 #include "tst_sdksftpfolderops.moc"

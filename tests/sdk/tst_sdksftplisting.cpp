@@ -317,5 +317,5 @@ void TestSdkSftpListing::nameLongerThanBuffersEndsListing()
     VERIFY_NO_QT_WARNINGS();
 }
 
-QTEST_MAIN(TestSdkSftpListing)
+QTEST_GUILESS_MAIN(TestSdkSftpListing)
 #include "tst_sdksftplisting.moc"

@@ -263,5 +263,5 @@ void TestSdkSftpOffline::unconnectedBackendFailsQuietly()
     VERIFY_NO_QT_WARNINGS();
 }
 
-QTEST_MAIN(TestSdkSftpOffline)
+QTEST_GUILESS_MAIN(TestSdkSftpOffline)
 #include "tst_sdksftpoffline.moc"
