@@ -1,18 +1,494 @@
 #include "sdk/sdksftp.h"
 
-#include <libssh2.h>
+#include "sdk/sdksamples.h"
+
+#include "app/vorlog.h"
+
+#include <QDate>
+#include <QDateTime>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QNetworkProxy>
+#include <QRegularExpression>
+#include <QTcpSocket>
+
+#include <atomic>
+#include <cstring>
+
+Q_LOGGING_CATEGORY(lcSdkSftp, "sdk.sftp", QtWarningMsg)
+
+namespace {
+
+// Set once the SSH library has been ended for the process. The facade is a static object that may still
+// hold a connected back end when the process ends; that back end must then not talk to its server any more.
+std::atomic<bool> libraryEnded { false };
+
+const char ShutdownDescription[] = "Normal Shutdown";
+const int Sha1Length = 20;
+const int GoodbyeTimeoutMs = 3000;
+
+LIBSSH2_SFTP_ATTRIBUTES noAttributes()
+{
+    LIBSSH2_SFTP_ATTRIBUTES attributes;
+    std::memset(&attributes, 0, sizeof attributes);
+    return attributes;
+}
+
+} // namespace
+
+int SdkSftp::init()
+{
+    const int rc = libssh2_init(0);
+    if (rc == 0) {
+        libraryEnded = false;
+        return 0;
+    }
+    VOR_LOG(1, "libssh2_init", QStringLiteral("libssh2_init return %1").arg(rc));
+    return rc;
+}
+
+void SdkSftp::exit()
+{
+    libraryEnded = true;
+    libssh2_exit();
+}
 
 SdkSftp::SdkSftp(QObject *parent)
     : SdkObject(parent)
 {
 }
 
-int SdkSftp::init()
+SdkSftp::~SdkSftp()
 {
-    return libssh2_init(0);
+    disconnectFromServer();
+    endSession(); // a session whose handshake failed is still allocated
+    m_socket.close();
 }
 
-void SdkSftp::exit()
+void SdkSftp::setSessionTimeout(int milliseconds)
 {
-    libssh2_exit();
+    m_sessionTimeoutMs = milliseconds;
+    if (m_session)
+        libssh2_session_set_timeout(m_session, milliseconds);
+}
+
+void SdkSftp::setListingBufferSize(int bytes)
+{
+    m_listingBufferSize = qMax(bytes, 2);
+}
+
+// ---- operations without effect in this back end
+
+void SdkSftp::upload(const QString &) { }
+void SdkSftp::uploadDir(const QString &) { }
+void SdkSftp::download(int) { }
+void SdkSftp::reservedOperation(int) { }
+void SdkSftp::deleteTask(int) { }
+void SdkSftp::deleteFile(const QString &) { }
+void SdkSftp::continueTask(int) { }
+void SdkSftp::pauseTask(int) { }
+
+// This back end moves no data yet: its task list and download history are the shared sample rows.
+QList<TaskInfo *> SdkSftp::refreshTask(int, int)
+{
+    return SdkSamples::tasks();
+}
+
+QList<DownloadInfo *> SdkSftp::refreshDown(const QString &)
+{
+    return SdkSamples::downloads();
+}
+
+void SdkSftp::setServerState(const ServerState &newState)
+{
+    if (newState == state)
+        return;
+    VOR_LOG(5, " SdkSftp Change server state ", static_cast<int>(state), " to ", static_cast<int>(newState));
+    applyServerState(newState);
+}
+
+// ---- authorization code
+
+void SdkSftp::parseAuthCode(const QString &json)
+{
+    const QJsonObject object = QJsonDocument::fromJson(json.toUtf8()).object();
+    m_projectName = object.value(QStringLiteral("project")).toString();
+
+    const QJsonValue userInfo = object.value(QStringLiteral("userInfo"));
+    if (!userInfo.isObject())
+        return;
+    const QJsonObject info = userInfo.toObject();
+    const qint64 expireMs = info.value(QStringLiteral("expireTime")).toString().toLongLong(nullptr, 10);
+    m_validDays = static_cast<int>(QDate::currentDate().daysTo(QDateTime::fromMSecsSinceEpoch(expireMs).date()));
+    m_userName = info.value(QStringLiteral("username")).toString();
+    m_host = info.value(QStringLiteral("host")).toString();
+    m_password = info.value(QStringLiteral("password")).toString();
+    m_homePath = QStringLiteral("/user-01");
+    // The port travels as text; a JSON number reads as no text and so as port 0.
+    m_port = info.value(QStringLiteral("port")).toString().toUInt(nullptr, 10);
+}
+
+void SdkSftp::loadSampleSettings()
+{
+    m_userName = QStringLiteral("user-01");
+    m_password.clear();
+    m_port = 22;
+    m_host = QStringLiteral("127.0.0.1");
+    m_homePath = QStringLiteral("/user-01");
+}
+
+// ---- session
+
+bool SdkSftp::openTcpConnection()
+{
+    // The socket only opens the connection: libssh2 works on a private copy of its descriptor, and the
+    // socket object goes at once, so that no notifier of it can read SSH bytes and nothing stays bound to
+    // this thread. Closing the socket closes only its own descriptor, not the connection.
+    QTcpSocket socket;
+    socket.setProxy(QNetworkProxy::NoProxy); // the descriptor must lead straight to the server
+    socket.connectToHost(m_host, static_cast<quint16>(m_port), QIODevice::ReadWrite, QAbstractSocket::AnyIPProtocol);
+    if (!socket.waitForConnected(ConnectTimeoutMs))
+        return false;
+    return m_socket.duplicate(socket.socketDescriptor());
+}
+
+bool SdkSftp::connectToServer()
+{
+    // Whatever an earlier attempt on this object left is released first.
+    disconnectFromServer();
+    endSession();
+    m_socket.close();
+
+    if (!openTcpConnection())
+        return false; // a refused or timed-out connection keeps the earlier error text
+
+    m_session = libssh2_session_init_ex(nullptr, nullptr, nullptr, this);
+    if (!m_session) {
+        lastError = QStringLiteral("Ssh2 session initialize failed!");
+        VOR_LOG(1, lastError);
+        hasError = true;
+        return false;
+    }
+    libssh2_session_set_blocking(m_session, 1);
+    libssh2_session_set_timeout(m_session, m_sessionTimeoutMs);
+
+    const int rc = libssh2_session_handshake(m_session, m_socket.get());
+    if (rc != 0) {
+        lastError = QStringLiteral("Failure establishing SSH session: %1").arg(rc);
+        VOR_LOG(1, lastError);
+        return false; // the session and the connection stay until the object goes
+    }
+
+    QByteArray rawFingerprint;
+    const QString fingerprint = hostKeyFingerprint(&rawFingerprint);
+    VOR_LOG(5, "Fingerprint:", fingerprint, rawFingerprint);
+
+    const QByteArray methods = authenticationMethods();
+    VOR_LOG(5, "Authentication methods:", methods.constData());
+    if (!methods.contains("password")) {
+        lastError = QStringLiteral("sftp server not support userauth password!");
+        VOR_LOG(1, lastError);
+        endSession();
+        m_socket.close();
+        return false;
+    }
+
+    const QByteArray user = m_userName.toUtf8();
+    const QByteArray password = m_password.toUtf8();
+    if (libssh2_userauth_password_ex(m_session, user.constData(), static_cast<unsigned int>(user.size()),
+                                     password.constData(), static_cast<unsigned int>(password.size()), nullptr)
+        != 0) {
+        lastError = QStringLiteral("Authentication by password failed!");
+        VOR_LOG(1, lastError);
+        endSession();
+        m_socket.close();
+        return false;
+    }
+    VOR_LOG(5, "\tAuthentication by password succeeded.");
+
+    VOR_LOG(5, "call libssh2_sftp_init()!");
+    m_sftp = libssh2_sftp_init(m_session);
+    if (m_sftp)
+        return true;
+    lastError = QStringLiteral("Unable to init SFTP session");
+    VOR_LOG(1, lastError);
+    endSession();
+    m_socket.close();
+    return false;
+}
+
+QString SdkSftp::hostKeyFingerprint(QByteArray *raw) const
+{
+    const char *hash = libssh2_hostkey_hash(m_session, LIBSSH2_HOSTKEY_HASH_SHA1);
+    if (!hash)
+        return QString();
+    // The raw hash as a terminated byte string (it ends at its first zero byte); the log shows it escaped,
+    // since its bytes may hold line breaks, next to the usual hex form.
+    *raw = QByteArray(hash, static_cast<int>(qstrnlen(hash, Sha1Length)));
+    const QByteArray whole(hash, Sha1Length);
+    return QString::fromLatin1(whole.toHex(':'));
+}
+
+QByteArray SdkSftp::authenticationMethods()
+{
+    const QByteArray user = m_userName.toUtf8();
+    const char *list = libssh2_userauth_list(m_session, user.constData(), static_cast<unsigned int>(user.size()));
+    return QByteArray(list);
+}
+
+void SdkSftp::disconnectFromServer()
+{
+    if (!m_sftp)
+        return;
+    shutdownSftp();
+    endSession();
+}
+
+void SdkSftp::shutdownSftp()
+{
+    if (!m_sftp)
+        return;
+    prepareGoodbye();
+    if (libssh2_sftp_shutdown(m_sftp) != 0) {
+        // The server left the close unanswered and the library kept the handle: finish without the server.
+        m_socket.shutdownTraffic();
+        libssh2_sftp_shutdown(m_sftp);
+    }
+    m_sftp = nullptr;
+}
+
+void SdkSftp::endSession()
+{
+    if (!m_session)
+        return;
+    prepareGoodbye();
+    if (!libraryEnded)
+        libssh2_session_disconnect_ex(m_session, SSH_DISCONNECT_BY_APPLICATION, ShutdownDescription, "");
+    if (libssh2_session_free(m_session) != 0) {
+        m_socket.shutdownTraffic();
+        libssh2_session_free(m_session);
+    }
+    m_session = nullptr;
+}
+
+void SdkSftp::prepareGoodbye()
+{
+    // Once the library has been ended (the process is going), nothing more is said to the server: what
+    // the tear-down still sends then fails locally.
+    if (libraryEnded)
+        m_socket.shutdownTraffic();
+    // A server that no longer answers is not waited for the full time-out at every step of the goodbye.
+    if (m_session)
+        libssh2_session_set_timeout(m_session, qMin(m_sessionTimeoutMs, GoodbyeTimeoutMs));
+}
+
+// ---- listing
+
+QList<FileEntry *> SdkSftp::getFileInfo(const QString &path, const QString &name)
+{
+    Q_UNUSED(name) // this back end always lists the whole folder
+    QList<FileEntry *> entries;
+    if (m_session)
+        libssh2_session_set_blocking(m_session, 1);
+
+    const QByteArray folderPath = path.toUtf8();
+    LIBSSH2_SFTP_HANDLE *folder = m_sftp
+        ? libssh2_sftp_open_ex(m_sftp, folderPath.constData(), static_cast<unsigned int>(folderPath.size()), 0, 0,
+                               LIBSSH2_SFTP_OPENDIR)
+        : nullptr;
+    if (!folder) {
+        VOR_LOG(1, "Unable to open dir with SFTP\n");
+        return entries;
+    }
+
+    const QList<ListedEntry> listed = readFolder(folder);
+    for (const ListedEntry &one : listed) {
+        FileEntry *entry = entryFromListing(one, entries.size());
+        if (!entry)
+            continue;
+        fillEntryDetails(entry, path); // a failed stat keeps the line's byte count
+        entry->link = entry->name;
+        entries << entry;
+    }
+
+    const int rc = libssh2_sftp_close_handle(folder);
+    if (rc < 0) {
+        hasError = true;
+        lastError = QStringLiteral("libssh2_sftp_close_handle occurs error:%1").arg(rc);
+        VOR_LOG(1, lastError);
+    }
+    return entries;
+}
+
+QList<SdkSftp::ListedEntry> SdkSftp::readFolder(LIBSSH2_SFTP_HANDLE *folder)
+{
+    QList<ListedEntry> listed;
+    QByteArray name(m_listingBufferSize, '\0');
+    QByteArray longEntry(m_listingBufferSize, '\0');
+    for (;;) {
+        ListedEntry one;
+        const int rc = libssh2_sftp_readdir_ex(folder, name.data(), static_cast<size_t>(name.size()), longEntry.data(),
+                                               static_cast<size_t>(longEntry.size()), &one.attributes);
+        if (rc <= 0) {
+            // The end of the folder and a failed read both end the listing. A name or line longer than
+            // the buffers is such a failure (-38): the entries read so far are what the folder shows.
+            if (rc < 0)
+                VOR_LOG(1, "libssh2_sftp_readdir_ex", rc);
+            break;
+        }
+        one.name = QByteArray(name.constData(), static_cast<int>(qstrnlen(name.constData(), name.size())));
+        one.longEntry
+            = QByteArray(longEntry.constData(), static_cast<int>(qstrnlen(longEntry.constData(), longEntry.size())));
+        logListedEntry(one);
+        const QString line = QString::fromUtf8(one.longEntry);
+        VOR_LOG(5, "fileInfo:", line);
+        VOR_LOG(5, "fileList:", splitLongEntry(line));
+        listed << one;
+    }
+    return listed;
+}
+
+void SdkSftp::logListedEntry(const ListedEntry &listed) const
+{
+    if (!listed.longEntry.isEmpty()) {
+        VOR_LOG(5, listed.longEntry.constData());
+        return;
+    }
+    // No long line from the server: describe the attribute block the way `ls -l` would.
+    const LIBSSH2_SFTP_ATTRIBUTES &attributes = listed.attributes;
+    QString line = (attributes.flags & LIBSSH2_SFTP_ATTR_PERMISSIONS) ? QStringLiteral("--fix----- ")
+                                                                      : QStringLiteral("---------- ");
+    if (attributes.flags & LIBSSH2_SFTP_ATTR_UIDGID)
+        line += QStringLiteral("%1 %2 ").arg(attributes.uid, 4).arg(attributes.gid, 4);
+    else
+        line += QStringLiteral("   -    - ");
+    if (attributes.flags & LIBSSH2_SFTP_ATTR_SIZE)
+        line += QStringLiteral("%1 ").arg(attributes.filesize, 8);
+    line += QStringLiteral("mem:%1").arg(QString::fromUtf8(listed.name));
+    VOR_LOG(5, line);
+}
+
+QStringList SdkSftp::splitLongEntry(const QString &longEntry)
+{
+    static const QRegularExpression blanks(QStringLiteral("\\s+"));
+    return longEntry.split(blanks, Qt::KeepEmptyParts);
+}
+
+FileEntry *SdkSftp::entryFromListing(const ListedEntry &listed, int id)
+{
+    // Name, kind and byte count come from the columns of the long line ("perms links user group size
+    // month day time name"), so a name with blanks shows its first word only.
+    const QStringList parts = splitLongEntry(QString::fromUtf8(listed.longEntry));
+    const bool nineColumns = parts.size() > 8 && !parts.at(8).isEmpty();
+    const LIBSSH2_SFTP_ATTRIBUTES &attributes = listed.attributes;
+
+    QString name;
+    bool isDir = false;
+    QString size;
+    if (nineColumns) {
+        name = parts.at(8);
+        isDir = parts.at(0).startsWith(QLatin1Char('d'));
+        size = parts.at(4);
+    } else {
+        // A line of another shape names nothing usable: take the entry's own name and attributes.
+        name = QString::fromUtf8(listed.name);
+        isDir = (attributes.flags & LIBSSH2_SFTP_ATTR_PERMISSIONS) ? LIBSSH2_SFTP_S_ISDIR(attributes.permissions)
+                                                                   : parts.at(0).startsWith(QLatin1Char('d'));
+        if (attributes.flags & LIBSSH2_SFTP_ATTR_SIZE)
+            size = QString::number(attributes.filesize);
+    }
+    if (name.isEmpty() || name == QLatin1String("."))
+        return nullptr;
+
+    auto *entry = new FileEntry;
+    entry->id = id;
+    entry->name = name;
+    entry->isDir = isDir;
+    entry->storageClass = tr("标准存储");
+    entry->size = size;
+    return entry;
+}
+
+bool SdkSftp::fillEntryDetails(FileEntry *entry, const QString &folder)
+{
+    const LIBSSH2_SFTP_ATTRIBUTES attributes = getFileInfoFromSftpServer(folder + QLatin1Char('/') + entry->name);
+    if (hasError)
+        return false;
+    if (attributes.flags != 0) {
+        entry->size = QStringLiteral("%1 KB").arg(attributes.filesize >> 10);
+        entry->modified = QDateTime::fromSecsSinceEpoch(static_cast<qint64>(attributes.mtime));
+    }
+    return true;
+}
+
+LIBSSH2_SFTP_ATTRIBUTES SdkSftp::getFileInfoFromSftpServer(const QString &fullPath)
+{
+    // Sizes and times are fetched once per path for the life of the session.
+    const auto cached = m_entryCache.constFind(fullPath);
+    if (cached != m_entryCache.constEnd())
+        return cached.value();
+
+    LIBSSH2_SFTP_ATTRIBUTES attributes = noAttributes();
+    const QByteArray encoded = encodedPath(fullPath);
+    const int rc = m_sftp ? libssh2_sftp_stat_ex(m_sftp, encoded.constData(), static_cast<unsigned int>(encoded.size()),
+                                                 LIBSSH2_SFTP_STAT, &attributes)
+                          : LIBSSH2_ERROR_BAD_USE;
+    if (rc >= 0) {
+        hasError = false;
+        m_entryCache.insert(fullPath, attributes);
+        return attributes;
+    }
+
+    hasError = true;
+    lastError = QStringLiteral("SFTP unlink error: %1").arg(rc);
+    const unsigned long status = m_sftp ? libssh2_sftp_last_error(m_sftp) : 0;
+    if (status == LIBSSH2_FX_NO_SUCH_FILE)
+        VOR_LOG(1, "No such file or directory:", fullPath);
+    else
+        VOR_LOG(1, QStringLiteral("SFTP last error:%1").arg(status));
+    return noAttributes();
+}
+
+// ---- folder operations
+
+QByteArray SdkSftp::encodedPath(const QString &path)
+{
+    // The length sent is the count of characters, not of encoded bytes, so a path whose encoding is longer
+    // than its characters (a Chinese name, say) reaches the server cut short. The cut never reads past the
+    // encoded bytes.
+    return path.toLocal8Bit().left(path.size());
+}
+
+void SdkSftp::createDir(const QString &path)
+{
+    const QByteArray encoded = encodedPath(path);
+    int rc = LIBSSH2_ERROR_BAD_USE;
+    do {
+        if (m_sftp)
+            rc = libssh2_sftp_mkdir_ex(m_sftp, encoded.constData(), static_cast<unsigned int>(encoded.size()),
+                                       m_dirMode);
+    } while (rc == LIBSSH2_ERROR_EAGAIN);
+    if (rc < 0) {
+        hasError = true;
+        lastError = QStringLiteral("SFTP mkdir(%1) error:(%2)").arg(path, QString::number(rc));
+        VOR_LOG(1, lastError);
+    }
+    // Success leaves hasError alone: an earlier failure of the session still reads as one.
+}
+
+void SdkSftp::rename(const QString &oldPath, const QString &newPath)
+{
+    const QByteArray from = encodedPath(oldPath);
+    const QByteArray to = encodedPath(newPath);
+    const int rc = m_sftp
+        ? libssh2_sftp_rename_ex(m_sftp, from.constData(), static_cast<unsigned int>(from.size()), to.constData(),
+                                 static_cast<unsigned int>(to.size()), LIBSSH2_SFTP_RENAME_OVERWRITE)
+        : LIBSSH2_ERROR_BAD_USE;
+    if (rc < 0) {
+        hasError = true;
+        lastError = QStringLiteral("rename oldFile:%1 to newFile:%2 occur error:%3")
+                        .arg(oldPath, newPath, QString::number(rc));
+        return;
+    }
+    hasError = false;
 }

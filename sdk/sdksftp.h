@@ -1,41 +1,115 @@
 #pragma once
 
 #include "sdk/sdkobject.h"
+#include "sdk/sdksocketfd.h"
 
-// Placeholder until the SFTP back end lands.
+#include <QByteArray>
+#include <QHash>
+#include <QLoggingCategory>
+#include <QStringList>
+
+#include <libssh2.h>
+#include <libssh2_sftp.h>
+
+Q_DECLARE_LOGGING_CATEGORY(lcSdkSftp)
+
+// The back end of private cloud storage: an SSH session (password log-in) with the SFTP subsystem, run by
+// libssh2 in blocking mode on a TCP connection that a QTcpSocket opens.
+//
+// The object is built on the login worker, used on the GUI thread and deleted on the logout worker, so it
+// keeps nothing bound to a thread: the connection is held as a plain descriptor, and every blocking SSH
+// call is bounded by the session time-out.
 class SdkSftp : public SdkObject
 {
     Q_OBJECT
 public:
+    static const int ConnectTimeoutMs = 30000;
+    static const int DefaultSessionTimeoutMs = 30000;
+    static const int ListingBufferSize = 512;
+
+    // Starts and ends the SSH library for the process; start-up calls them once each.
     static int init();
     static void exit();
-    explicit SdkSftp(QObject *parent = nullptr);
 
-    void upload(const QString &) override { }
-    void uploadDir(const QString &) override { }
-    void download(int) override { }
-    void reservedOperation(int) override { }
-    void deleteTask(int) override { }
-    QList<TaskInfo *> refreshTask(int, int) override { return {}; }
-    QList<DownloadInfo *> refreshDown(const QString &) override { return {}; }
-    QList<FileEntry *> getFileInfo(const QString &, const QString &) override { return {}; }
-    void deleteFile(const QString &) override { }
-    bool connectToServer() override { return false; }
-    void parseAuthCode(const QString &) override { }
-    void loadSampleSettings() override { }
+    explicit SdkSftp(QObject *parent = nullptr);
+    ~SdkSftp() override;
+
+    void upload(const QString &file) override;
+    void uploadDir(const QString &dir) override;
+    void download(int id) override;
+    void reservedOperation(int argument) override;
+    void deleteTask(int id) override;
+    QList<TaskInfo *> refreshTask(int type, int status) override;
+    QList<DownloadInfo *> refreshDown(const QString &name) override;
+    QList<FileEntry *> getFileInfo(const QString &path, const QString &name) override;
+    void deleteFile(const QString &path) override;
+    bool connectToServer() override;
+    void parseAuthCode(const QString &json) override;
+    void loadSampleSettings() override;
     const QString &userName() const override { return m_userName; }
-    const QString &homePath() const override { return m_prefixName; }
+    const QString &homePath() const override { return m_homePath; }
     const QString &projectName() const override { return m_projectName; }
     int validDays() const override { return m_validDays; }
-    void continueTask(int) override { }
-    void pauseTask(int) override { }
-    void createDir(const QString &) override { }
-    void rename(const QString &, const QString &) override { }
-    void setServerState(const ServerState &) override { }
+    void continueTask(int id) override;
+    void pauseTask(int id) override;
+    void createDir(const QString &path) override;
+    void rename(const QString &oldPath, const QString &newPath) override;
+    void setServerState(const ServerState &state) override;
+
+    // Ends the SFTP subsystem and the session; the destructor calls it.
+    void disconnectFromServer();
+    // Stats one listed entry and fills its size and modification time; false when the stat failed.
+    bool fillEntryDetails(FileEntry *entry, const QString &folder);
+    // One stat request, answered from the per-path cache once a path has been seen.
+    LIBSSH2_SFTP_ATTRIBUTES getFileInfoFromSftpServer(const QString &fullPath);
+
+    QString host() const { return m_host; }
+    quint32 port() const { return m_port; }
+    bool isConnected() const { return m_sftp != nullptr; }
+
+    // For tests only: the limit on each blocking SSH call, 30000 ms unless changed. Takes effect for the
+    // next connection and for the current session.
+    void setSessionTimeout(int milliseconds);
+    // For tests only: the size of the name and long-entry buffers of a folder read (512 bytes otherwise).
+    void setListingBufferSize(int bytes);
+
+    // One entry of a folder read: the name, the `ls -l` style line and the attributes the server sent.
+    struct ListedEntry
+    {
+        QByteArray name;
+        QByteArray longEntry;
+        LIBSSH2_SFTP_ATTRIBUTES attributes {};
+    };
+    // The listing row for one read entry, or null for ".".
+    static FileEntry *entryFromListing(const ListedEntry &listed, int id);
+    static QStringList splitLongEntry(const QString &longEntry);
+    // A path as the stat, mkdir and rename requests send it: local 8-bit bytes cut to the path's count
+    // of characters.
+    static QByteArray encodedPath(const QString &path);
 
 private:
-    QString m_userName = QString();
+    bool openTcpConnection();
+    void shutdownSftp();
+    void endSession();
+    void prepareGoodbye();
+    QString hostKeyFingerprint(QByteArray *raw) const;
+    QByteArray authenticationMethods();
+    QList<ListedEntry> readFolder(LIBSSH2_SFTP_HANDLE *folder);
+    void logListedEntry(const ListedEntry &listed) const;
+
+    QString m_userName;
+    QString m_password;
+    QString m_host;
+    quint32 m_port = 0;
+    QString m_homePath;
     QString m_projectName;
-    QString m_prefixName;
     int m_validDays = 0;
+    SdkSocketFd m_socket;
+    LIBSSH2_SESSION *m_session = nullptr;
+    LIBSSH2_SFTP *m_sftp = nullptr;
+    [[maybe_unused]] LIBSSH2_SFTP_HANDLE *m_dirHandle = nullptr; // the listing keeps its handle locally
+    QHash<QString, LIBSSH2_SFTP_ATTRIBUTES> m_entryCache;
+    int m_dirMode = 0755;
+    int m_sessionTimeoutMs = DefaultSessionTimeoutMs;
+    int m_listingBufferSize = ListingBufferSize;
 };
