@@ -17,6 +17,7 @@ class VorData : public QObject
 {
     Q_OBJECT
 public:
+    // Builds the two windows on first use, so that use must be on the GUI thread; the entry point makes it.
     static VorData *instance();
     ~VorData() override;
 

@@ -1,6 +1,7 @@
 #include "sftptestsupport.h"
 
 #include "model/fileentry.h"
+#include "model/vordata.h"
 #include "ops/vorsdk.h"
 #include "ops/vorthreadexit.h"
 #include "sdk/sdksftp.h"
@@ -36,6 +37,8 @@ namespace SftpTestSupport {
 
 bool loginOnWorker(const QString &code, QString *message)
 {
+    // The program builds the store, and with it its windows, on the GUI thread before anyone signs in.
+    VorData::instance();
     std::unique_ptr<QThread> worker(QThread::create([code, message] { *message = VorSdk::instance()->login(code); }));
     worker->start();
     return waitForThread(worker.get());
