@@ -1,10 +1,242 @@
 #include "ui/vorpagesave.h"
+#include "ui_vorpagesave.h"
+
+#include "app/vorlog.h"
+#include "model/vordata.h"
+#include "ops/vorsdk.h"
+#include "ui/scheckboxheaderview.h"
+#include "ui/vordialog.h"
+#include "ui/vorsavedirfile.h"
+#include "ui/vorsavehandle.h"
+
+#include <QCheckBox>
+#include <QFileDialog>
+#include <QHBoxLayout>
+#include <QMenu>
+#include <QScrollBar>
+
+namespace {
+
+enum Column { CheckColumn, NameColumn, StorageColumn, SizeColumn, ModifiedColumn, HandleColumn };
+
+const int CheckColumnWidth = 72;
+const int NameColumnStartWidth = 400;
+const int UploadMenuWidth = 160;
+const int TableFrame = 2;
+const char DateFormat[] = "yyyy/MM/dd HH:mm:ss";
+
+QTableWidgetItem *centredItem(const QString &text)
+{
+    auto *item = new QTableWidgetItem(text);
+    item->setTextAlignment(Qt::AlignCenter);
+    return item;
+}
+
+const char *boolText(bool value)
+{
+    return value ? "true" : "false";
+}
+
+} // namespace
 
 VorPageSave::VorPageSave(QWidget *parent)
     : QWidget(parent)
+    , ui(std::make_unique<Ui::VorPageSave>())
 {
+    ui->setupUi(this);
+
+    m_header = new SCheckBoxHeaderView(Qt::Horizontal, this);
+    ui->tableWidget->setHorizontalHeader(m_header);
+    m_header->setStretchLastSection(true);
+    connect(m_header, &SCheckBoxHeaderView::checkStausChange, this, &VorPageSave::checkStausChange);
+
+    buildUploadMenu();
+
+    // The scroll bar comes and goes after a redraw has been laid out; the name column must follow.
+    ui->tableWidget->verticalScrollBar()->installEventFilter(this);
 }
 
-void VorPageSave::setPath(const QString &) { }
-void VorPageSave::dataUpdateSaveFileInfo() { }
-void VorPageSave::dataUpdateLocation(bool, bool) { }
+VorPageSave::~VorPageSave() = default;
+
+void VorPageSave::buildUploadMenu()
+{
+    m_menuUpload = new QMenu(this);
+    m_actionFile = m_menuUpload->addAction(tr("上传文件"));
+    m_actionFile->setObjectName(QStringLiteral("actionFile"));
+    m_actionDir = m_menuUpload->addAction(tr("上传目录"));
+    m_actionDir->setObjectName(QStringLiteral("actionDir"));
+    m_menuUpload->setFixedWidth(UploadMenuWidth);
+    m_menuUpload->setCursor(Qt::PointingHandCursor);
+    ui->pushButtonUp->setMenu(m_menuUpload);
+    connect(m_actionFile, &QAction::triggered, this, &VorPageSave::actionFile);
+    connect(m_actionDir, &QAction::triggered, this, &VorPageSave::actionDir);
+}
+
+void VorPageSave::setPath(const QString &path)
+{
+    ui->widgetPath->setPath(path);
+}
+
+void VorPageSave::dataUpdateLocation(bool pub, bool pri)
+{
+    VOR_LOG(3, boolText(pub), boolText(pri));
+    ui->widgetLocation->setPublicVisible(pub);
+    ui->widgetLocation->setPrivateVisible(pri);
+}
+
+void VorPageSave::dataUpdateSaveFileInfo()
+{
+    QTableWidget *table = ui->tableWidget;
+    // Thousands of rows of cell widgets: nothing is painted or re-laid out until the last one is in.
+    table->setUpdatesEnabled(false);
+
+    qDeleteAll(m_checkBoxes);
+    m_checkBoxes.clear();
+    table->clearContents(); // the table also lets go of the old cell widgets
+
+    m_entries = VorData::instance()->fileInfos();
+    VOR_LOG(3, m_entries.size());
+    table->setRowCount(m_entries.size());
+    m_checkBoxes.reserve(m_entries.size());
+    for (int row = 0; row < m_entries.size(); ++row)
+        fillRow(row, m_entries.at(row));
+
+    table->resizeColumnsToContents();
+    table->resizeRowsToContents();
+    resizeTable();
+    table->setUpdatesEnabled(true);
+}
+
+void VorPageSave::fillRow(int row, FileEntry *entry)
+{
+    QTableWidget *table = ui->tableWidget;
+    table->setCellWidget(row, CheckColumn, makeCheckCell());
+
+    auto *dirFile = new VorSaveDirFile(table);
+    dirFile->setDirFile(entry->name, entry->isDir);
+    table->setCellWidget(row, NameColumn, dirFile);
+    table->setColumnWidth(NameColumn, NameColumnStartWidth); // the final width is set once all rows are in
+
+    table->setItem(row, StorageColumn, centredItem(entry->storageClass));
+    table->setItem(row, SizeColumn, centredItem(entry->size));
+    table->setItem(row, ModifiedColumn, centredItem(entry->modified.toString(QLatin1String(DateFormat))));
+    table->setCellWidget(row, HandleColumn, new VorSaveHandle(entry, table));
+}
+
+QWidget *VorPageSave::makeCheckCell()
+{
+    auto *cell = new QWidget(ui->tableWidget);
+    auto *layout = new QHBoxLayout(cell);
+    layout->setContentsMargins(0, 0, 0, 0);
+    auto *box = new QCheckBox(cell);
+    layout->addWidget(box, 0, Qt::AlignCenter);
+    m_checkBoxes.append(box);
+    return cell;
+}
+
+void VorPageSave::resizeTable()
+{
+    QTableWidget *table = ui->tableWidget;
+    table->resizeColumnsToContents();
+    table->setColumnWidth(CheckColumn, CheckColumnWidth);
+
+    int used = 0;
+    for (int column : { CheckColumn, StorageColumn, SizeColumn, ModifiedColumn, HandleColumn })
+        used += table->columnWidth(column);
+    QScrollBar *bar = table->verticalScrollBar();
+    if (bar->isVisible())
+        used += bar->width();
+    VOR_LOG(3, bar->width(), boolText(bar->isVisible()));
+
+    // The name takes all the room that is left, and never less than it needs.
+    table->setColumnWidth(NameColumn, qMax(table->width() - used - TableFrame, table->columnWidth(NameColumn)));
+}
+
+void VorPageSave::resizeEvent(QResizeEvent *event)
+{
+    resizeTable();
+    QWidget::resizeEvent(event);
+}
+
+bool VorPageSave::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == ui->tableWidget->verticalScrollBar()
+        && (event->type() == QEvent::Show || event->type() == QEvent::Hide))
+        resizeTable();
+    return QWidget::eventFilter(watched, event);
+}
+
+void VorPageSave::checkStausChange(bool checked)
+{
+    VOR_LOG(3, boolText(checked));
+    for (QCheckBox *box : qAsConst(m_checkBoxes))
+        box->setChecked(checked);
+}
+
+void VorPageSave::actionFile()
+{
+    const QStringList files = QFileDialog::getOpenFileNames(this, tr("选择文件"), QString(), QString());
+    VOR_LOG(3, files);
+    VorSdk::instance()->upload(files);
+}
+
+void VorPageSave::actionDir()
+{
+    const QString dir = QFileDialog::getExistingDirectory(this, tr("选择文件夹"), QString(), QFileDialog::ShowDirsOnly);
+    VOR_LOG(3, dir);
+    VorSdk::instance()->uploadDir(dir);
+}
+
+void VorPageSave::on_pushButtonUp_clicked()
+{
+    // The button opens its menu; the menu's actions do the work.
+}
+
+void VorPageSave::on_pushButtonDown_clicked()
+{
+    const QList<FileEntry *> &entries = VorData::instance()->fileInfos();
+    QList<FileEntry *> checked;
+    for (int i = 0; i < m_checkBoxes.size() && i < entries.size(); ++i) {
+        if (m_checkBoxes.at(i)->isChecked())
+            checked.append(entries.at(i));
+    }
+    VOR_LOG(3, checked.size());
+    if (checked.isEmpty()) {
+        VorDialog::showMessage(tr("错误"), tr("没有勾选需要下载的文件"), this, tr("确定"));
+        return;
+    }
+    VorSdk::instance()->download(checked);
+}
+
+void VorPageSave::on_pushButtonRefresh_clicked()
+{
+    const QString prefix = ui->lineEdit->text().trimmed();
+    VOR_LOG(3, prefix);
+    VorSdk::instance()->refreshSave(prefix);
+}
+
+void VorPageSave::on_pushButtonMkDir_clicked()
+{
+    QString name;
+    if (VorDialog::showRename(tr("新建文件夹"), tr("文件夹名称："), this, name, tr("确定"), tr("取消")) != 1)
+        return;
+
+    VorSdk *sdk = VorSdk::instance();
+    const QString fullPath = VorData::instance()->path() + QLatin1Char('/') + name;
+    VOR_LOG(3, fullPath);
+    sdk->createDir(fullPath);
+    if (sdk->backendHasError()) {
+        VorDialog::showMessage(tr("失败"), tr("新建文件夹失败"), this, tr("确定"));
+        return;
+    }
+    VorDialog::showMessage(tr("成功"), tr("新建文件夹成功"), this, tr("确定"));
+    const QString path = VorData::instance()->path();
+    sdk->getFileInfo(path, path);
+}
+
+void VorPageSave::on_tableWidget_cellClicked(int row, int column)
+{
+    VOR_LOG(3, row, column);
+    if (row >= 0 && row < m_checkBoxes.size())
+        m_checkBoxes.at(row)->click();
+}
