@@ -2,9 +2,15 @@
 
 #include <QApplication>
 
-Scenario::Scenario(QObject *parent)
+Scenario::Scenario(Outcome *outcome, QObject *parent)
     : QObject(parent)
+    , m_outcome(outcome)
 {
+    connect(qApp, &QCoreApplication::aboutToQuit, this, [this] {
+        m_outcome->completed = completed();
+        m_outcome->failures = m_failures;
+        m_outcome->stoppedAt = completed() ? QString() : m_steps.value(m_next).what;
+    });
     m_timer.setInterval(10);
     connect(&m_timer, &QTimer::timeout, this, &Scenario::poll);
     m_stepClock.setSingleShot(true);

@@ -12,7 +12,16 @@ class Scenario : public QObject
 {
     Q_OBJECT
 public:
-    explicit Scenario(QObject *parent = nullptr);
+    // What a test reads once the program has ended and the scenario, a child of the application, is gone.
+    struct Outcome
+    {
+        bool completed = false;
+        QStringList failures;
+        QString stoppedAt;
+    };
+
+    // The outcome is written when the application's event loop ends.
+    explicit Scenario(Outcome *outcome, QObject *parent = nullptr);
 
     Scenario &waitFor(const QString &what, std::function<bool()> condition, std::function<void()> action = {});
     Scenario &then(const QString &what, std::function<void()> action);
@@ -37,4 +46,5 @@ private:
     QStringList m_failures;
     QTimer m_timer;
     QTimer m_stepClock;
+    Outcome *m_outcome = nullptr;
 };
