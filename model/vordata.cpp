@@ -9,11 +9,18 @@
 
 namespace {
 
+// The pages draw every stored record, so a null entry handed in is left out rather than stored.
+template<typename Record> QList<Record *> withoutNulls(QList<Record *> records)
+{
+    records.removeAll(nullptr);
+    return records;
+}
+
 template<typename Record> void replaceRecords(QList<Record *> &stored, const QList<Record *> &incoming)
 {
-    qDeleteAll(stored); // deleting a null entry is a no-op
+    qDeleteAll(stored);
     stored.clear();
-    stored = incoming;
+    stored = withoutNulls(incoming);
 }
 
 const char *boolText(bool value)
@@ -120,7 +127,7 @@ void VorData::updateDownloadInfo(const QList<DownloadInfo *> &list)
 void VorData::addTaskInfo(const QList<TaskInfo *> &list)
 {
     VOR_LOG(3, list.size());
-    m_tasks.append(list);
+    m_tasks.append(withoutNulls(list));
     if (!m_tasks.isEmpty())
         emit dataUpdateTaskInfo();
 }

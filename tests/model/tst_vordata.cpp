@@ -91,7 +91,7 @@ private slots:
     void addTaskInfo_data();
     void addTaskInfo();
     void removeFileInfoFreesQuietly();
-    void nullRecordsInReplacedListAreSkipped();
+    void nullRecordsAreNotStored();
 };
 
 void TestVorData::init()
@@ -278,11 +278,17 @@ void TestVorData::removeFileInfoFreesQuietly()
     QCOMPARE(data->fileInfos(), (QList<FileEntry *> { entries.at(1), entries.at(2) }));
 }
 
-void TestVorData::nullRecordsInReplacedListAreSkipped()
+void TestVorData::nullRecordsAreNotStored()
 {
     VorData *data = VorData::instance();
-    data->updateSaveFileInfo({ nullptr, new FileEntry, nullptr });
+    auto *entry = new FileEntry;
+    data->updateSaveFileInfo({ nullptr, entry, nullptr });
+    QCOMPARE(data->fileInfos(), QList<FileEntry *> { entry });
+    data->addTaskInfo({ nullptr });
+    QVERIFY(data->tasks().isEmpty());
+    FreedRecorder recorder;
     data->updateSaveFileInfo(QList<FileEntry *>());
+    QVERIFY(recorder.freed(entry));
     QVERIFY(data->fileInfos().isEmpty());
 }
 
