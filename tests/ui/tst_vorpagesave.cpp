@@ -170,6 +170,7 @@ private slots:
     void columnSizing_data();
     void columnSizing();
     void redrawsKeepOneSetOfCells();
+    void newListingArrivingDuringAFill();
 
 private:
     void list(const QList<EntrySpec> &specs, const QString &path = Home);
@@ -858,6 +859,31 @@ void TestVorPageSave::redrawsKeepOneSetOfCells()
     UiTestKit::flushDeferredDeletes();
     QCOMPARE(m_page->findChildren<QCheckBox *>().size(), 7);
     QCOMPARE(t->viewport()->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly).size(), 21);
+}
+
+void TestVorPageSave::newListingArrivingDuringAFill()
+{
+    // A long fill lets queued events through; a newer listing among them replaces the one being drawn
+    // (whose records the store frees at that moment), and the table ends with the newer listing.
+    VorData *store = VorData::instance();
+    auto *storePage = store->mainWindow()->findChild<VorPageSave *>();
+    disconnect(store, &VorData::dataUpdateSaveFileInfo, storePage, &VorPageSave::dataUpdateSaveFileInfo);
+    QMetaObject::invokeMethod(
+        store, [store] { store->updateSaveFileInfo(makeEntries(namedEntries(6, QStringLiteral("newer")))); },
+        Qt::QueuedConnection);
+    store->updateSaveFileInfo(makeEntries(namedEntries(500)));
+
+    QTableWidget *t = table();
+    QCOMPARE(t->rowCount(), 6);
+    for (int row = 0; row < 6; ++row)
+        QCOMPARE(nameCell(row)->findChild<QLabel *>(QStringLiteral("label"))->text(),
+                 QStringLiteral("newer%1").arg(row));
+    UiTestKit::flushDeferredDeletes();
+    QCOMPARE(m_page->findChildren<QCheckBox *>().size(), 6);
+    QCOMPARE(t->viewport()->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly).size(), 18);
+    QTest::mouseClick(handleCell(5)->findChild<QPushButton *>(QStringLiteral("pushButtonDown")), Qt::LeftButton);
+    QCOMPARE(m_backend->calls, QStringList { QStringLiteral("download 5") });
+    connect(store, &VorData::dataUpdateSaveFileInfo, storePage, &VorPageSave::dataUpdateSaveFileInfo);
 }
 
 QTEST_MAIN(TestVorPageSave)
