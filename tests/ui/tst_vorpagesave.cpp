@@ -170,6 +170,7 @@ private slots:
     void columnSizing_data();
     void columnSizing();
     void redrawsKeepOneSetOfCells();
+    void newListingArrivingDuringAFill_data();
     void newListingArrivingDuringAFill();
 
 private:
@@ -861,17 +862,32 @@ void TestVorPageSave::redrawsKeepOneSetOfCells()
     QCOMPARE(t->viewport()->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly).size(), 21);
 }
 
+void TestVorPageSave::newListingArrivingDuringAFill_data()
+{
+    QTest::addColumn<bool>("fromTheQueue");
+    QTest::newRow("fill called directly") << false;
+    QTest::newRow("fill delivered from the event queue, as at login") << true;
+}
+
 void TestVorPageSave::newListingArrivingDuringAFill()
 {
+    QFETCH(bool, fromTheQueue);
+
     // A long fill lets queued events through; a newer listing among them replaces the one being drawn
     // (whose records the store frees at that moment), and the table ends with the newer listing.
     VorData *store = VorData::instance();
     auto *storePage = store->mainWindow()->findChild<VorPageSave *>();
     disconnect(store, &VorData::dataUpdateSaveFileInfo, storePage, &VorPageSave::dataUpdateSaveFileInfo);
+    const auto fillLong = [store] { store->updateSaveFileInfo(makeEntries(namedEntries(500))); };
+    if (fromTheQueue)
+        QMetaObject::invokeMethod(store, fillLong, Qt::QueuedConnection);
     QMetaObject::invokeMethod(
         store, [store] { store->updateSaveFileInfo(makeEntries(namedEntries(6, QStringLiteral("newer")))); },
         Qt::QueuedConnection);
-    store->updateSaveFileInfo(makeEntries(namedEntries(500)));
+    if (fromTheQueue)
+        QTRY_COMPARE(table()->rowCount(), 6);
+    else
+        fillLong();
 
     QTableWidget *t = table();
     QCOMPARE(t->rowCount(), 6);
