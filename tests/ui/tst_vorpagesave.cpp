@@ -33,7 +33,7 @@ namespace {
 const QString Home = QStringLiteral("/user-01");
 
 // One listed entry and what its row must show.
-struct EntrySpec
+struct ListedEntry
 {
     QString name;
     bool isDir = false;
@@ -44,23 +44,23 @@ struct EntrySpec
     QString shownDate;
 };
 
-QList<EntrySpec> sampleShaped()
+QList<ListedEntry> sampleShaped()
 {
-    QList<EntrySpec> specs;
+    QList<ListedEntry> listing;
     for (int i = 0; i < 22; ++i) {
         const QString name = QStringLiteral("Name%1").arg(i + 1);
-        specs << EntrySpec { name,
-                             i % 3 == 0,
-                             QStringLiteral("标准存储"),
-                             QStringLiteral("%1KB").arg(i + 100),
-                             QDateTime(QDate(2026, 5, 6), QTime(7, 8, 9)),
-                             name,
-                             QStringLiteral("2026/05/06 07:08:09") };
+        listing << ListedEntry { name,
+                                 i % 3 == 0,
+                                 QStringLiteral("标准存储"),
+                                 QStringLiteral("%1KB").arg(i + 100),
+                                 QDateTime(QDate(2026, 5, 6), QTime(7, 8, 9)),
+                                 name,
+                                 QStringLiteral("2026/05/06 07:08:09") };
     }
-    return specs;
+    return listing;
 }
 
-QList<EntrySpec> sftpShaped()
+QList<ListedEntry> sftpShaped()
 {
     const QString standard = QStringLiteral("标准存储");
     return {
@@ -81,23 +81,23 @@ QList<EntrySpec> sftpShaped()
     };
 }
 
-QList<EntrySpec> namedEntries(int count, const QString &stem = QStringLiteral("entry"))
+QList<ListedEntry> namedEntries(int count, const QString &stem = QStringLiteral("entry"))
 {
-    QList<EntrySpec> specs;
+    QList<ListedEntry> listing;
     for (int i = 0; i < count; ++i) {
         const QString name = QStringLiteral("%1%2").arg(stem).arg(i);
-        specs << EntrySpec { name,
-                             i % 2 == 0,
-                             QStringLiteral("标准存储"),
-                             QStringLiteral("%1 KB").arg(i),
-                             QDateTime(QDate(2026, 1, 1), QTime(0, 0)),
-                             QStringLiteral("link:") + name,
-                             QStringLiteral("2026/01/01 00:00:00") };
+        listing << ListedEntry { name,
+                                 i % 2 == 0,
+                                 QStringLiteral("标准存储"),
+                                 QStringLiteral("%1 KB").arg(i),
+                                 QDateTime(QDate(2026, 1, 1), QTime(0, 0)),
+                                 QStringLiteral("link:") + name,
+                                 QStringLiteral("2026/01/01 00:00:00") };
     }
-    return specs;
+    return listing;
 }
 
-QList<EntrySpec> specsByShape(const QString &shape)
+QList<ListedEntry> entriesByShape(const QString &shape)
 {
     if (shape == QLatin1String("sample"))
         return sampleShaped();
@@ -106,24 +106,24 @@ QList<EntrySpec> specsByShape(const QString &shape)
     if (shape == QLatin1String("many"))
         return namedEntries(60);
     if (shape == QLatin1String("long name"))
-        return { EntrySpec { QString(300, QLatin1Char('x')), false, QStringLiteral("标准存储"), QStringLiteral("1 KB"),
-                             QDateTime(QDate(2026, 1, 1), QTime(0, 0)), QStringLiteral("x"),
-                             QStringLiteral("2026/01/01 00:00:00") } };
+        return { ListedEntry { QString(300, QLatin1Char('x')), false, QStringLiteral("标准存储"),
+                               QStringLiteral("1 KB"), QDateTime(QDate(2026, 1, 1), QTime(0, 0)), QStringLiteral("x"),
+                               QStringLiteral("2026/01/01 00:00:00") } };
     return {};
 }
 
-QList<FileEntry *> makeEntries(const QList<EntrySpec> &specs)
+QList<FileEntry *> makeEntries(const QList<ListedEntry> &listing)
 {
     QList<FileEntry *> entries;
-    for (const EntrySpec &spec : specs) {
+    for (const ListedEntry &expected : listing) {
         auto *entry = new FileEntry;
         entry->id = entries.size();
-        entry->name = spec.name;
-        entry->isDir = spec.isDir;
-        entry->storageClass = spec.storageClass;
-        entry->size = spec.size;
-        entry->modified = spec.modified;
-        entry->link = spec.link;
+        entry->name = expected.name;
+        entry->isDir = expected.isDir;
+        entry->storageClass = expected.storageClass;
+        entry->size = expected.size;
+        entry->modified = expected.modified;
+        entry->link = expected.link;
         entries << entry;
     }
     return entries;
@@ -174,7 +174,7 @@ private slots:
     void newListingArrivingDuringAFill();
 
 private:
-    void list(const QList<EntrySpec> &specs, const QString &path = Home);
+    void list(const QList<ListedEntry> &listing, const QString &path = Home);
     QTableWidget *table() const { return m_page->findChild<QTableWidget *>(QStringLiteral("tableWidget")); }
     QCheckBox *rowCheckBox(int row) const;
     VorSaveDirFile *nameCell(int row) const { return qobject_cast<VorSaveDirFile *>(table()->cellWidget(row, 1)); }
@@ -221,9 +221,9 @@ void TestVorPageSave::cleanup()
     VERIFY_NO_QT_WARNINGS();
 }
 
-void TestVorPageSave::list(const QList<EntrySpec> &specs, const QString &path)
+void TestVorPageSave::list(const QList<ListedEntry> &listing, const QString &path)
 {
-    m_backend->listing = [specs](const QString &) { return makeEntries(specs); };
+    m_backend->listing = [listing](const QString &) { return makeEntries(listing); };
     VorSdk::instance()->getFileInfo(path, QString());
     QCoreApplication::processEvents(); // the table lays its new cells out before the user can click them
     m_backend->calls.clear();
@@ -339,14 +339,14 @@ void TestVorPageSave::rowsShowTheListing_data()
 void TestVorPageSave::rowsShowTheListing()
 {
     QFETCH(QString, shape);
-    const QList<EntrySpec> specs = specsByShape(shape);
-    list(specs);
+    const QList<ListedEntry> listing = entriesByShape(shape);
+    list(listing);
 
     QTableWidget *t = table();
-    QCOMPARE(t->rowCount(), specs.size());
-    for (int row = 0; row < specs.size(); ++row) {
-        const EntrySpec &spec = specs.at(row);
-        const QByteArray where = QStringLiteral("row %1 (%2)").arg(row).arg(spec.name).toUtf8();
+    QCOMPARE(t->rowCount(), listing.size());
+    for (int row = 0; row < listing.size(); ++row) {
+        const ListedEntry &expected = listing.at(row);
+        const QByteArray where = QStringLiteral("row %1 (%2)").arg(row).arg(expected.name).toUtf8();
 
         QWidget *checkCell = t->cellWidget(row, 0);
         QVERIFY2(checkCell, where.constData());
@@ -357,14 +357,14 @@ void TestVorPageSave::rowsShowTheListing()
 
         VorSaveDirFile *name = nameCell(row);
         QVERIFY2(name, where.constData());
-        QCOMPARE(name->findChild<QLabel *>(QStringLiteral("label"))->text(), spec.name);
+        QCOMPARE(name->findChild<QLabel *>(QStringLiteral("label"))->text(), expected.name);
         QCOMPARE(name->findChild<QLabel *>(QStringLiteral("label"))->textFormat(), Qt::PlainText);
-        QCOMPARE(name->findChild<QWidget *>(QStringLiteral("widgetDir"))->isVisibleTo(name), spec.isDir);
-        QCOMPARE(name->findChild<QWidget *>(QStringLiteral("widgetFile"))->isVisibleTo(name), !spec.isDir);
+        QCOMPARE(name->findChild<QWidget *>(QStringLiteral("widgetDir"))->isVisibleTo(name), expected.isDir);
+        QCOMPARE(name->findChild<QWidget *>(QStringLiteral("widgetFile"))->isVisibleTo(name), !expected.isDir);
         QCOMPARE(name->findChild<QWidget *>(QStringLiteral("widgetDirFile"))->cursor().shape(),
-                 spec.isDir ? Qt::PointingHandCursor : Qt::ArrowCursor);
+                 expected.isDir ? Qt::PointingHandCursor : Qt::ArrowCursor);
 
-        const QString texts[] = { spec.storageClass, spec.size, spec.shownDate };
+        const QString texts[] = { expected.storageClass, expected.size, expected.shownDate };
         for (int column = 2; column <= 4; ++column) {
             QTableWidgetItem *item = t->item(row, column);
             QVERIFY2(item, where.constData());
@@ -374,7 +374,7 @@ void TestVorPageSave::rowsShowTheListing()
 
         VorSaveHandle *handle = handleCell(row);
         QVERIFY2(handle, where.constData());
-        const bool parentEntry = spec.name == QLatin1String("..");
+        const bool parentEntry = expected.name == QLatin1String("..");
         QCOMPARE(handle->findChild<QWidget *>(QStringLiteral("widgetHandle"))->isVisibleTo(handle), !parentEntry);
         QVERIFY(!handle->findChild<QPushButton *>(QStringLiteral("pushButtonCopy"))->isVisibleTo(handle));
         for (const char *button : { "pushButtonDown", "pushButtonDelete", "pushButtonRename" }) {
@@ -642,9 +642,9 @@ void TestVorPageSave::rename()
 
 void TestVorPageSave::copyLinkIsHiddenButWorks()
 {
-    QList<EntrySpec> specs = namedEntries(3);
-    list(specs);
-    for (int row = 0; row < specs.size(); ++row) {
+    QList<ListedEntry> listing = namedEntries(3);
+    list(listing);
+    for (int row = 0; row < listing.size(); ++row) {
         auto *copy = handleCell(row)->findChild<QPushButton *>(QStringLiteral("pushButtonCopy"));
         QVERIFY(!copy->isVisible());
         QCOMPARE(copy->text(), QStringLiteral("复制链接"));
@@ -816,7 +816,7 @@ void TestVorPageSave::columnSizing()
     QFETCH(bool, scrolls);
     QFETCH(bool, nameWiderThanRoom);
 
-    list(specsByShape(shape));
+    list(entriesByShape(shape));
     QTableWidget *t = table();
     for (const QSize &size : { QSize(813, 474), QSize(1300, 700), QSize(700, 474) }) {
         const QByteArray where = QStringLiteral("%1x%2").arg(size.width()).arg(size.height()).toUtf8();
