@@ -43,11 +43,15 @@ private slots:
     void on_tableWidget_cellClicked(int row, int column);
 
 protected:
+    void showEvent(QShowEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void buildUploadMenu();
+    void redrawTable();
+    void removeRows();
     void fillRow(int row, FileEntry *entry);
     QWidget *makeCheckCell();
 
@@ -58,4 +62,6 @@ private:
     QAction *m_actionFile = nullptr;
     QAction *m_actionDir = nullptr;
     QList<FileEntry *> m_entries; // the store's records shown in the rows, in row order
+    bool m_filling = false;
+    bool m_refillRequested = false;
 };

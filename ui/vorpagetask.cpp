@@ -11,9 +11,11 @@
 #include "ui/vortaskstatus.h"
 
 #include <QCheckBox>
+#include <QCoreApplication>
 #include <QHBoxLayout>
 #include <QListView>
 #include <QScrollBar>
+#include <QShowEvent>
 
 namespace {
 
@@ -45,6 +47,73 @@ const char *boolText(bool value)
 {
     return value ? "true" : "false";
 }
+
+// Rows of cell widgets meet two costs in Qt that grow with the square of the number of widgets: a layout
+// request posted to a widget that already waits for an event is compared with every event in the queue,
+// and every widget marked for repaint is compared with all of its siblings. A fill therefore hides the
+// viewport (its cells then post nothing to it and ask for no repaint of their own), lets the posted
+// events through every few dozen rows so that the queue stays short, and repaints the viewport as a whole
+// once the rows are in. For the same reason the viewport is hidden while the page is out of sight, so
+// that showing the page again does not show every cell one by one.
+namespace TableFill {
+
+const int RowsBetweenPauses = 64;
+
+void begin(QTableWidget *table)
+{
+    table->setUpdatesEnabled(false);
+    table->viewport()->hide();
+}
+
+bool isPauseRow(int row)
+{
+    return (row + 1) % RowsBetweenPauses == 0;
+}
+
+void letPostedEventsThrough()
+{
+    QCoreApplication::sendPostedEvents();
+}
+
+// Shows the cells of a filled table as one piece: each cell made visible asks for a repaint of its own,
+// and thousands of those cost far more than one repaint of the viewport.
+void showCells(QTableWidget *table)
+{
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::UpdateLater); // whatever else waits is painted as usual
+    table->viewport()->show();
+    QCoreApplication::removePostedEvents(nullptr, QEvent::UpdateLater); // now only the cells' own requests
+    table->viewport()->update();
+}
+
+void end(QTableWidget *table)
+{
+    table->doItemsLayout(); // every cell is placed while nothing can be repainted
+    letPostedEventsThrough();
+    table->setUpdatesEnabled(true); // marks no cell for repaint: none is visible yet
+    // A table out of sight keeps its viewport hidden; the page shows the cells when it is shown itself.
+    if (table->isVisible())
+        showCells(table);
+}
+
+// Set by a cell on itself while one of its own actions runs; that action may be what redraws the table.
+const char CellBusyProperty[] = "cellBusy";
+
+// Deleted now, in the order they were made, rather than later by the table: the old rows never share
+// memory with the new ones, and each cell leaves from the front of its parent's list of children. A cell
+// whose own action is still running is left to the table, which deletes it once control is back in the
+// event loop.
+void deleteCellWidgets(QTableWidget *table, std::initializer_list<int> columns)
+{
+    for (int row = 0; row < table->rowCount(); ++row) {
+        for (int column : columns) {
+            QWidget *cell = table->cellWidget(row, column);
+            if (cell && !cell->property(CellBusyProperty).toBool())
+                delete cell;
+        }
+    }
+}
+
+} // namespace TableFill
 
 } // namespace
 
@@ -87,25 +156,53 @@ QString VorPageTask::statusText(int status)
 
 void VorPageTask::dataUpdateTaskInfo()
 {
-    QTableWidget *table = ui->tableWidget;
-    // Thousands of rows of cell widgets: nothing is painted or re-laid out until the last one is in.
-    table->setUpdatesEnabled(false);
+    if (m_filling) {
+        // A newer task list arrived while a long fill let queued events through; it is drawn next.
+        m_refillRequested = true;
+        return;
+    }
+    m_filling = true;
+    do {
+        m_refillRequested = false;
+        redrawTable();
+    } while (m_refillRequested);
+    m_filling = false;
+}
 
-    qDeleteAll(m_checkBoxes);
-    m_checkBoxes.clear();
-    table->clearContents(); // the table also lets go of the old cell widgets
+void VorPageTask::redrawTable()
+{
+    QTableWidget *table = ui->tableWidget;
+    TableFill::begin(table);
+    removeRows();
 
     m_tasks = VorData::instance()->tasks();
     VOR_LOG(3, m_tasks.size());
     table->setRowCount(m_tasks.size());
     m_checkBoxes.reserve(m_tasks.size());
-    for (int row = 0; row < m_tasks.size(); ++row)
+    for (int row = 0; row < m_tasks.size(); ++row) {
         fillRow(row, m_tasks.at(row));
+        if (TableFill::isPauseRow(row)) {
+            TableFill::letPostedEventsThrough();
+            if (m_refillRequested) {
+                // The store has replaced the tasks this fill was reading; the next fill starts over.
+                TableFill::end(table);
+                return;
+            }
+        }
+    }
 
     table->resizeColumnsToContents();
     table->resizeRowsToContents();
     resizeTable();
-    table->setUpdatesEnabled(true);
+    TableFill::end(table);
+}
+
+void VorPageTask::removeRows()
+{
+    qDeleteAll(m_checkBoxes);
+    m_checkBoxes.clear();
+    TableFill::deleteCellWidgets(ui->tableWidget, { CheckColumn, NameColumn, ProgressColumn, HandleColumn });
+    ui->tableWidget->clearContents();
 }
 
 void VorPageTask::fillRow(int row, TaskInfo *task)
@@ -151,6 +248,20 @@ void VorPageTask::resizeTable()
 
     // The name takes all the room that is left, and never less than it needs.
     table->setColumnWidth(NameColumn, qMax(table->width() - used - TableFrame, table->columnWidth(NameColumn)));
+}
+
+void VorPageTask::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    if (!event->spontaneous() && !m_filling && ui->tableWidget->viewport()->isHidden())
+        TableFill::showCells(ui->tableWidget);
+}
+
+void VorPageTask::hideEvent(QHideEvent *event)
+{
+    QWidget::hideEvent(event);
+    if (!event->spontaneous() && !m_filling)
+        ui->tableWidget->viewport()->hide();
 }
 
 void VorPageTask::resizeEvent(QResizeEvent *event)

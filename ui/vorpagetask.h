@@ -35,10 +35,14 @@ private slots:
     void on_pushButtonRefresh_clicked();
 
 protected:
+    void showEvent(QShowEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    void redrawTable();
+    void removeRows();
     void fillRow(int row, TaskInfo *task);
     QWidget *makeCheckCell();
     void resizeTable();
@@ -47,4 +51,6 @@ private:
     SCheckBoxHeaderView *m_header = nullptr;
     QList<QCheckBox *> m_checkBoxes;
     QList<TaskInfo *> m_tasks; // the store's records shown in the rows, in row order
+    bool m_filling = false;
+    bool m_refillRequested = false;
 };

@@ -6,6 +6,11 @@
 
 #include <QMouseEvent>
 
+namespace {
+// Tells the page that this cell is inside its own action and must outlive a redraw of the table.
+const char CellBusyProperty[] = "cellBusy";
+} // namespace
+
 VorSaveDirFile::VorSaveDirFile(QWidget *parent)
     : QWidget(parent)
     , ui(std::make_unique<Ui::VorSaveDirFile>())
@@ -38,9 +43,10 @@ bool VorSaveDirFile::eventFilter(QObject *watched, QEvent *event)
     if (watched == ui->widgetDirFile && event->type() == QEvent::MouseButtonRelease
         && isLeftClickInside(static_cast<QMouseEvent *>(event))) {
         VOR_LOG(3, ui->label->text());
-        // The listing that follows replaces this row; the table deletes the cell only later, so the
-        // event can still be passed on.
+        // The listing that follows replaces this row while this filter still runs.
+        setProperty(CellBusyProperty, true);
         VorSdk::instance()->EnterDir(ui->label->text());
+        setProperty(CellBusyProperty, false);
     }
     return QWidget::eventFilter(watched, event);
 }

@@ -12,6 +12,9 @@
 
 namespace {
 
+// Tells the page that this cell is inside its own action and must outlive a redraw of the table.
+const char CellBusyProperty[] = "cellBusy";
+
 QString pathInCurrentFolder(const QString &name)
 {
     return VorData::instance()->path() + QLatin1Char('/') + name;
@@ -64,9 +67,12 @@ void VorSaveHandle::on_pushButtonRename_clicked()
         return;
     }
     VorDialog::showMessage(tr("成功"), tr("改名成功"), window(), tr("确定"));
-    // The new listing replaces this row and its entry: nothing of them is used after this call.
+    // The new listing replaces this row and frees its entry while this slot still runs: the entry is not
+    // used after this call.
     const QString path = VorData::instance()->path();
+    setProperty(CellBusyProperty, true);
     sdk->getFileInfo(path, path);
+    setProperty(CellBusyProperty, false);
 }
 
 void VorSaveHandle::on_pushButtonCopy_clicked()
