@@ -1,7 +1,7 @@
 // Fills the storage page with 1,000 and 10,000 entries and the task page with 10,000 tasks, offscreen, and
 // prints how long each fill took and how much memory the process held; redraws the same 1,000 rows 50
 // times to show that memory stays flat; then shows the 10,000-row page again and scrolls through it.
-// Run: ombrivane_bench_pagefill [--no-style | --style FILE]  (default: the program's own style sheet)
+// Run: bench_pagefill [--no-style | --style FILE]  (default: the program's own style sheet)
 
 #include "app/vorlog.h"
 #include "model/vordata.h"
