@@ -3,13 +3,9 @@
 
 #include "app/vorlog.h"
 #include "ops/vorsdk.h"
+#include "ui/tablefill.h"
 
 #include <QMouseEvent>
-
-namespace {
-// Tells the page that this cell is inside its own action and must outlive a redraw of the table.
-const char CellBusyProperty[] = "cellBusy";
-} // namespace
 
 VorSaveDirFile::VorSaveDirFile(QWidget *parent)
     : QWidget(parent)
@@ -44,9 +40,9 @@ bool VorSaveDirFile::eventFilter(QObject *watched, QEvent *event)
         && isLeftClickInside(static_cast<QMouseEvent *>(event))) {
         VOR_LOG(3, ui->label->text());
         // The listing that follows replaces this row while this filter still runs.
-        setProperty(CellBusyProperty, true);
+        setProperty(TableFill::CellBusyProperty, true);
         VorSdk::instance()->EnterDir(ui->label->text());
-        setProperty(CellBusyProperty, false);
+        setProperty(TableFill::CellBusyProperty, false);
     }
     return QWidget::eventFilter(watched, event);
 }

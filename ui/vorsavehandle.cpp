@@ -5,15 +5,13 @@
 #include "model/fileentry.h"
 #include "model/vordata.h"
 #include "ops/vorsdk.h"
+#include "ui/tablefill.h"
 #include "ui/vordialog.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
 
 namespace {
-
-// Tells the page that this cell is inside its own action and must outlive a redraw of the table.
-const char CellBusyProperty[] = "cellBusy";
 
 QString pathInCurrentFolder(const QString &name)
 {
@@ -70,9 +68,9 @@ void VorSaveHandle::on_pushButtonRename_clicked()
     // The new listing replaces this row and frees its entry while this slot still runs: the entry is not
     // used after this call.
     const QString path = VorData::instance()->path();
-    setProperty(CellBusyProperty, true);
+    setProperty(TableFill::CellBusyProperty, true);
     sdk->getFileInfo(path, path);
-    setProperty(CellBusyProperty, false);
+    setProperty(TableFill::CellBusyProperty, false);
 }
 
 void VorSaveHandle::on_pushButtonCopy_clicked()
