@@ -17,6 +17,7 @@
 #include <QMenu>
 #include <QScrollBar>
 #include <QShowEvent>
+#include <QTimer>
 
 namespace {
 
@@ -176,6 +177,9 @@ QWidget *VorPageSave::makeCheckCell()
 void VorPageSave::resizeTable()
 {
     QTableWidget *table = ui->tableWidget;
+    // The stretched last column would otherwise count with the room it was given last time, not with
+    // what its buttons need, and keep that room from the name column.
+    m_header->setStretchLastSection(false);
     table->resizeColumnsToContents();
     table->setColumnWidth(CheckColumn, CheckColumnWidth);
 
@@ -189,6 +193,7 @@ void VorPageSave::resizeTable()
 
     // The name takes all the room that is left, and never less than it needs.
     table->setColumnWidth(NameColumn, qMax(table->width() - used - TableFrame, table->columnWidth(NameColumn)));
+    m_header->setStretchLastSection(true);
 }
 
 void VorPageSave::showEvent(QShowEvent *event)
@@ -196,6 +201,13 @@ void VorPageSave::showEvent(QShowEvent *event)
     QWidget::showEvent(event);
     if (!event->spontaneous() && !m_filling && ui->tableWidget->viewport()->isHidden())
         TableFill::showCells(ui->tableWidget);
+    // Rows filled while the page was out of sight were measured before the style sheet reached their
+    // cells; the columns are sized again once the page is on screen.
+    if (!event->spontaneous())
+        QTimer::singleShot(0, this, [this] {
+            if (!m_filling)
+                resizeTable();
+        });
 }
 
 void VorPageSave::hideEvent(QHideEvent *event)

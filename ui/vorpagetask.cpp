@@ -17,6 +17,7 @@
 #include <QListView>
 #include <QScrollBar>
 #include <QShowEvent>
+#include <QTimer>
 
 namespace {
 
@@ -197,6 +198,13 @@ void VorPageTask::showEvent(QShowEvent *event)
     QWidget::showEvent(event);
     if (!event->spontaneous() && !m_filling && ui->tableWidget->viewport()->isHidden())
         TableFill::showCells(ui->tableWidget);
+    // Rows filled while the page was out of sight were measured before the style sheet reached their
+    // cells; the columns are sized again once the page is on screen.
+    if (!event->spontaneous())
+        QTimer::singleShot(0, this, [this] {
+            if (!m_filling)
+                resizeTable();
+        });
 }
 
 void VorPageTask::hideEvent(QHideEvent *event)
