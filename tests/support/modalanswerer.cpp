@@ -1,23 +1,15 @@
 #include "support/modalanswerer.h"
 
+#include "ui/vordialog.h"
+
 #include <QApplication>
+#include <QEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPointer>
 #include <QPushButton>
 #include <QStackedWidget>
-
-ModalAnswerer::ModalAnswerer(QObject *parent)
-    : QObject(parent)
-{
-    m_timer.setInterval(5);
-    connect(&m_timer, &QTimer::timeout, this, &ModalAnswerer::poll);
-    m_timer.start();
-}
-
-void ModalAnswerer::answer(const QString &button, const QString &typed)
-{
-    m_answers.append({ button, typed });
-}
+#include <QTimer>
 
 namespace {
 
@@ -27,18 +19,9 @@ QString labelText(QWidget *dialog, const char *name)
     return label ? label->text() : QString();
 }
 
-} // namespace
-
-void ModalAnswerer::poll()
+ModalAnswerer::Seen describe(QWidget *dialog)
 {
-    QWidget *dialog = QApplication::activeModalWidget();
-    if (!dialog || dialog == m_current || m_answers.isEmpty())
-        return;
-    m_current = dialog;
-    connect(dialog, &QObject::destroyed, this, [this] { m_current = nullptr; });
-
-    const Answer answer = m_answers.takeFirst();
-    Seen seen;
+    ModalAnswerer::Seen seen;
     seen.title = labelText(dialog, "labelDialogTitle");
     auto *stack = dialog->findChild<QStackedWidget *>(QStringLiteral("stackedWidget"));
     const QString page = stack && stack->currentWidget() ? stack->currentWidget()->objectName() : QString();
@@ -49,15 +32,44 @@ void ModalAnswerer::poll()
     else
         seen.text = labelText(dialog, "labelMsg");
     auto *no = dialog->findChild<QPushButton *>(QStringLiteral("pushButtonNo"));
-    seen.noButtonVisible = no && no->isVisibleTo(dialog);
-    m_seen.append(seen);
+    seen.noButtonVisible = no && !no->isHidden();
+    return seen;
+}
 
-    if (!answer.typed.isNull()) {
-        if (auto *edit = dialog->findChild<QLineEdit *>(QStringLiteral("lineEditRename")))
-            edit->setText(answer.typed);
+} // namespace
+
+ModalAnswerer::ModalAnswerer(QObject *parent)
+    : QObject(parent)
+{
+    qApp->installEventFilter(this);
+}
+
+void ModalAnswerer::answer(const QString &button, const QString &typed)
+{
+    m_answers.append({ button, typed });
+}
+
+bool ModalAnswerer::eventFilter(QObject *watched, QEvent *event)
+{
+    auto *dialog = qobject_cast<VorDialog *>(watched);
+    if (event->type() != QEvent::Show || !dialog || m_answers.isEmpty())
+        return QObject::eventFilter(watched, event);
+
+    const Answer answer = m_answers.takeFirst();
+    m_seen.append(describe(dialog));
+    if (!answer.button.isEmpty()) {
+        // Clicked from the dialog's own event loop, once exec() has started it.
+        QPointer<VorDialog> target(dialog);
+        QTimer::singleShot(0, dialog, [target, answer] {
+            if (!target)
+                return;
+            if (!answer.typed.isNull()) {
+                if (auto *edit = target->findChild<QLineEdit *>(QStringLiteral("lineEditRename")))
+                    edit->setText(answer.typed);
+            }
+            if (auto *button = target->findChild<QPushButton *>(answer.button))
+                button->click();
+        });
     }
-    if (answer.button.isEmpty())
-        return;
-    if (auto *button = dialog->findChild<QPushButton *>(answer.button))
-        button->click();
+    return QObject::eventFilter(watched, event);
 }

@@ -3,10 +3,10 @@
 #include <QList>
 #include <QObject>
 #include <QString>
-#include <QTimer>
 
-// Answers the program's modal dialogs from the event loop, in the order they open, as a user would:
-// optionally types into the input line, then clicks the named button. It records what each dialog showed.
+// Answers the program's dialogs in the order they open, as a user would: optionally types into the input
+// line, then clicks the named button. Each dialog is noted the moment it is shown, so that one which opens
+// and closes while the event loop is busy (a wait dialog during a long redraw) is never missed.
 class ModalAnswerer : public QObject
 {
     Q_OBJECT
@@ -20,15 +20,15 @@ public:
 
     explicit ModalAnswerer(QObject *parent = nullptr);
 
-    // Queue an answer: "pushButtonYes", "pushButtonNo" or "pushButtonClose"; an empty name waits for
-    // the dialog to close by itself (the wait dialog).
+    // Queue an answer: "pushButtonYes", "pushButtonNo" or "pushButtonClose"; an empty name only looks and
+    // lets the dialog close by itself (the wait dialog).
     void answer(const QString &button, const QString &typed = QString());
     int pending() const { return m_answers.size(); }
     const QList<Seen> &seen() const { return m_seen; }
 
-private:
-    void poll();
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
+private:
     struct Answer
     {
         QString button;
@@ -36,6 +36,4 @@ private:
     };
     QList<Answer> m_answers;
     QList<Seen> m_seen;
-    QTimer m_timer;
-    QObject *m_current = nullptr;
 };
