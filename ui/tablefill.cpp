@@ -59,4 +59,31 @@ void deleteCellWidgets(QTableWidget *table, std::initializer_list<int> columns)
     }
 }
 
+void Redraw::request(const std::function<void()> &redraw)
+{
+    if (m_running) {
+        m_again = true;
+        return;
+    }
+    m_running = true;
+    do {
+        m_again = false;
+        redraw();
+    } while (m_again);
+    m_running = false;
+}
+
+bool Redraw::fillRows(int count, const std::function<void(int row)> &fillRow)
+{
+    for (int row = 0; row < count; ++row) {
+        fillRow(row);
+        if (isPauseRow(row)) {
+            letPostedEventsThrough();
+            if (m_again)
+                return false;
+        }
+    }
+    return true;
+}
+
 } // namespace TableFill

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <initializer_list>
 
 class QTableWidget;
@@ -24,5 +25,24 @@ extern const char CellBusyProperty[];
 
 // Deletes the old cell widgets of these columns now, except a cell whose own action is still running.
 void deleteCellWidgets(QTableWidget *table, std::initializer_list<int> columns);
+
+// One redraw of a page's table at a time. A long fill lets posted events through, and a newer list from
+// the store may arrive among them: the fill then stops, since the store has freed the rows it was reading,
+// and the table is drawn again from the start.
+class Redraw
+{
+public:
+    // Runs redraw, and again for as long as a newer list arrived meanwhile; called during a redraw, it only
+    // asks for the next one.
+    void request(const std::function<void()> &redraw);
+    bool isRunning() const { return m_running; }
+    // Fills rows 0 to count - 1, letting posted events through every RowsBetweenPauses rows; false when a
+    // newer list arrived and the fill stopped.
+    bool fillRows(int count, const std::function<void(int row)> &fillRow);
+
+private:
+    bool m_running = false;
+    bool m_again = false;
+};
 
 } // namespace TableFill

@@ -98,17 +98,7 @@ void VorPageSave::dataUpdateLocation(bool pub, bool pri)
 
 void VorPageSave::dataUpdateSaveFileInfo()
 {
-    if (m_filling) {
-        // A newer listing arrived while a long fill let queued events through; it is drawn next.
-        m_refillRequested = true;
-        return;
-    }
-    m_filling = true;
-    do {
-        m_refillRequested = false;
-        redrawTable();
-    } while (m_refillRequested);
-    m_filling = false;
+    m_redraw.request([this] { redrawTable(); });
 }
 
 void VorPageSave::redrawTable()
@@ -121,16 +111,9 @@ void VorPageSave::redrawTable()
     VOR_LOG(3, m_entries.size());
     table->setRowCount(m_entries.size());
     m_checkBoxes.reserve(m_entries.size());
-    for (int row = 0; row < m_entries.size(); ++row) {
-        fillRow(row, m_entries.at(row));
-        if (TableFill::isPauseRow(row)) {
-            TableFill::letPostedEventsThrough();
-            if (m_refillRequested) {
-                // The store has replaced the entries this fill was reading; the next fill starts over.
-                TableFill::end(table);
-                return;
-            }
-        }
+    if (!m_redraw.fillRows(m_entries.size(), [this](int row) { fillRow(row, m_entries.at(row)); })) {
+        TableFill::end(table); // the store has replaced the rows this fill was reading
+        return;
     }
 
     table->resizeColumnsToContents();
@@ -199,13 +182,13 @@ void VorPageSave::resizeTable()
 void VorPageSave::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
-    if (!event->spontaneous() && !m_filling && ui->tableWidget->viewport()->isHidden())
+    if (!event->spontaneous() && !m_redraw.isRunning() && ui->tableWidget->viewport()->isHidden())
         TableFill::showCells(ui->tableWidget);
     // Rows filled while the page was out of sight were measured before the style sheet reached their
     // cells; the columns are sized again once the page is on screen.
     if (!event->spontaneous())
         QTimer::singleShot(0, this, [this] {
-            if (!m_filling)
+            if (!m_redraw.isRunning())
                 resizeTable();
         });
 }
@@ -213,7 +196,7 @@ void VorPageSave::showEvent(QShowEvent *event)
 void VorPageSave::hideEvent(QHideEvent *event)
 {
     QWidget::hideEvent(event);
-    if (!event->spontaneous() && !m_filling)
+    if (!event->spontaneous() && !m_redraw.isRunning())
         ui->tableWidget->viewport()->hide();
 }
 

@@ -2,7 +2,9 @@
 
 #include "model/fileentry.h"
 
+#include "ui/tablefill.h"
 #include <QList>
+
 #include <QWidget>
 #include <memory>
 
@@ -62,6 +64,5 @@ private:
     QAction *m_actionFile = nullptr;
     QAction *m_actionDir = nullptr;
     QList<FileEntry *> m_entries; // the store's records shown in the rows, in row order
-    bool m_filling = false;
-    bool m_refillRequested = false;
+    TableFill::Redraw m_redraw;
 };

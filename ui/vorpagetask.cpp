@@ -99,17 +99,7 @@ QString VorPageTask::statusText(int status)
 
 void VorPageTask::dataUpdateTaskInfo()
 {
-    if (m_filling) {
-        // A newer task list arrived while a long fill let queued events through; it is drawn next.
-        m_refillRequested = true;
-        return;
-    }
-    m_filling = true;
-    do {
-        m_refillRequested = false;
-        redrawTable();
-    } while (m_refillRequested);
-    m_filling = false;
+    m_redraw.request([this] { redrawTable(); });
 }
 
 void VorPageTask::redrawTable()
@@ -122,16 +112,9 @@ void VorPageTask::redrawTable()
     VOR_LOG(3, m_tasks.size());
     table->setRowCount(m_tasks.size());
     m_checkBoxes.reserve(m_tasks.size());
-    for (int row = 0; row < m_tasks.size(); ++row) {
-        fillRow(row, m_tasks.at(row));
-        if (TableFill::isPauseRow(row)) {
-            TableFill::letPostedEventsThrough();
-            if (m_refillRequested) {
-                // The store has replaced the tasks this fill was reading; the next fill starts over.
-                TableFill::end(table);
-                return;
-            }
-        }
+    if (!m_redraw.fillRows(m_tasks.size(), [this](int row) { fillRow(row, m_tasks.at(row)); })) {
+        TableFill::end(table); // the store has replaced the rows this fill was reading
+        return;
     }
 
     table->resizeColumnsToContents();
@@ -196,13 +179,13 @@ void VorPageTask::resizeTable()
 void VorPageTask::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
-    if (!event->spontaneous() && !m_filling && ui->tableWidget->viewport()->isHidden())
+    if (!event->spontaneous() && !m_redraw.isRunning() && ui->tableWidget->viewport()->isHidden())
         TableFill::showCells(ui->tableWidget);
     // Rows filled while the page was out of sight were measured before the style sheet reached their
     // cells; the columns are sized again once the page is on screen.
     if (!event->spontaneous())
         QTimer::singleShot(0, this, [this] {
-            if (!m_filling)
+            if (!m_redraw.isRunning())
                 resizeTable();
         });
 }
@@ -210,7 +193,7 @@ void VorPageTask::showEvent(QShowEvent *event)
 void VorPageTask::hideEvent(QHideEvent *event)
 {
     QWidget::hideEvent(event);
-    if (!event->spontaneous() && !m_filling)
+    if (!event->spontaneous() && !m_redraw.isRunning())
         ui->tableWidget->viewport()->hide();
 }
 

@@ -2,7 +2,9 @@
 
 #include "model/taskinfo.h"
 
+#include "ui/tablefill.h"
 #include <QList>
+
 #include <QWidget>
 #include <memory>
 
@@ -51,6 +53,5 @@ private:
     SCheckBoxHeaderView *m_header = nullptr;
     QList<QCheckBox *> m_checkBoxes;
     QList<TaskInfo *> m_tasks; // the store's records shown in the rows, in row order
-    bool m_filling = false;
-    bool m_refillRequested = false;
+    TableFill::Redraw m_redraw;
 };
