@@ -12,6 +12,7 @@
 #include <QThread>
 
 #include <cerrno>
+#include <cstring>
 #include <csignal>
 #include <dirent.h>
 #include <fcntl.h>
@@ -26,6 +27,8 @@ namespace {
 
 const char SshdPath[] = "/usr/sbin/sshd";
 const char TestBase[] = "/var/lib/ombrivane-test";
+// Compiled into Debian's sshd; a machine that never booted with systemd has no /run/sshd.
+const char PrivilegeSeparationDir[] = "/run/sshd";
 const int ToolTimeoutMs = 30000;
 const int ListenTimeoutMs = 15000;
 
@@ -190,7 +193,20 @@ bool TestSshd::start(QString *whyNot)
     }
     // Session processes orphaned by stop() come back to this process, which reaps them.
     ::prctl(PR_SET_CHILD_SUBREAPER, 1);
-    return prepareAccount(whyNot) && prepareRoot(whyNot) && prepareKeys(whyNot) && launch(whyNot);
+    return preparePrivilegeSeparation(whyNot) && prepareAccount(whyNot) && prepareRoot(whyNot)
+        && prepareKeys(whyNot) && launch(whyNot);
+}
+
+bool TestSshd::preparePrivilegeSeparation(QString *whyNot) const
+{
+    // sshd refuses a folder that is not root-owned or that others can write to.
+    if ((::mkdir(PrivilegeSeparationDir, 0755) != 0 && errno != EEXIST) || ::chown(PrivilegeSeparationDir, 0, 0) != 0
+        || ::chmod(PrivilegeSeparationDir, 0755) != 0) {
+        *whyNot = QStringLiteral("cannot create %1 (root-owned, mode 0755) that sshd needs: %2")
+                      .arg(QLatin1String(PrivilegeSeparationDir), QString::fromLocal8Bit(::strerror(errno)));
+        return false;
+    }
+    return true;
 }
 
 bool TestSshd::prepareAccount(QString *whyNot) const

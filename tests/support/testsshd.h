@@ -68,6 +68,7 @@ public:
     static bool required();
 
 private:
+    bool preparePrivilegeSeparation(QString *whyNot) const;
     bool prepareAccount(QString *whyNot) const;
     bool prepareRoot(QString *whyNot);
     bool prepareKeys(QString *whyNot);
