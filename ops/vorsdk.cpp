@@ -9,7 +9,6 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QJsonDocument>
 #include <QJsonObject>
 
 namespace {
@@ -76,7 +75,7 @@ QString VorSdk::login(const QString &code)
         return tr("授权码不能为空");
 
     const QString json = decodeAuthCode(code);
-    const QJsonObject object = QJsonDocument::fromJson(json.toUtf8()).object();
+    const QJsonObject object = SdkObject::parseCodeJson(json);
     VOR_LOG(5, "jsonObject", object);
 
     const Storage storage = storageOf(object);

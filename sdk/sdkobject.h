@@ -4,6 +4,7 @@
 #include "model/fileentry.h"
 #include "model/taskinfo.h"
 
+#include <QJsonObject>
 #include <QList>
 #include <QObject>
 #include <QString>
@@ -43,6 +44,11 @@ public:
     virtual void setServerState(const ServerState &state) = 0;
 
     ServerState serverState() const { return state; }
+
+    // The top-level object of a decoded authorization code. Empty when the text is not a JSON object, or
+    // when one of its objects repeats a name: such a code is ambiguous, and Qt 5.15's parser loses the
+    // memory of the value that the repeated name replaces.
+    static QJsonObject parseCodeJson(const QString &json);
 
     QString lastError;
     bool hasError = false;

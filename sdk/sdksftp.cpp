@@ -6,7 +6,6 @@
 
 #include <QDate>
 #include <QDateTime>
-#include <QJsonDocument>
 #include <QJsonObject>
 #include <QNetworkProxy>
 #include <QRegularExpression>
@@ -111,7 +110,7 @@ void SdkSftp::setServerState(const ServerState &newState)
 
 void SdkSftp::parseAuthCode(const QString &json)
 {
-    const QJsonObject object = QJsonDocument::fromJson(json.toUtf8()).object();
+    const QJsonObject object = parseCodeJson(json);
     m_projectName = object.value(QStringLiteral("project")).toString();
 
     const QJsonValue userInfo = object.value(QStringLiteral("userInfo"));

@@ -4,7 +4,6 @@
 
 #include <QDate>
 #include <QDateTime>
-#include <QJsonDocument>
 #include <QJsonObject>
 
 // Off below warnings: the state line is for whoever switches the category on while debugging.
@@ -28,7 +27,7 @@ SdkTarn::SdkTarn(QObject *parent)
 
 void SdkTarn::parseAuthCode(const QString &json)
 {
-    const QJsonObject object = QJsonDocument::fromJson(json.toUtf8()).object();
+    const QJsonObject object = parseCodeJson(json);
     m_projectName = object.value(QStringLiteral("project")).toString();
 
     const QJsonValue userInfo = object.value(QStringLiteral("userInfo"));

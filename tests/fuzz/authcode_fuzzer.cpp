@@ -2,7 +2,6 @@
 #include "sdk/sdkobject.h"
 
 #include <QByteArray>
-#include <QJsonDocument>
 #include <QJsonObject>
 #include <QString>
 #include <cstddef>
@@ -19,7 +18,7 @@ void quietHandler(QtMsgType, const QMessageLogContext &, const QString &) { }
 // object-store back end read its keys.
 void selectAndParse(const QString &json)
 {
-    const QJsonObject object = QJsonDocument::fromJson(json.toUtf8()).object();
+    const QJsonObject object = SdkObject::parseCodeJson(json);
     const VorSdk::Storage storage = VorSdk::storageOf(object);
     if (storage != VorSdk::Storage::Tarn) {
         sink = sink + static_cast<int>(storage);

@@ -68,6 +68,8 @@ private slots:
     void loginFillsTheStore();
     void loginSelectsTheBackEndByStorage_data();
     void loginSelectsTheBackEndByStorage();
+    void loginRefusesRepeatedNames_data();
+    void loginRefusesRepeatedNames();
     void failedConnectKeepsEachBackEnd();
     void adoptMovesAndParents();
 
@@ -595,6 +597,35 @@ void TestVorSdk::loginSelectsTheBackEndByStorage()
     QCOMPARE(QString::fromLatin1(backend->metaObject()->className()),
              kind == VorSdk::Storage::Tarn ? QStringLiteral("SdkTarn") : QStringLiteral("SdkSftp"));
     QVERIFY(!backend->parent());
+}
+
+void TestVorSdk::loginRefusesRepeatedNames_data()
+{
+    QTest::addColumn<QByteArray>("json");
+    QTest::addColumn<bool>("refused");
+    // Found by the fuzz target: the parser leaked the first "userInfo" object.
+    QTest::newRow("userInfo twice") << QByteArray("{\"storage\":\"tarn\",\"userInfo\":{\"accesskey\":\"k\"},"
+                                                  "\"userInfo\":\"x\"}")
+                                    << true;
+    QTest::newRow("escaped repetition") << QByteArray("{\"storage\":\"tarn\",\"\\u0073torage\":\"tarn\"}") << true;
+    QTest::newRow("repeated inside, malformed after")
+        << QByteArray("{\"storage\":\"tarn\",\"userInfo\":{\"a\":[1],\"a\":2},") << true;
+    QTest::newRow("same name in two objects")
+        << QByteArray("{\"storage\":\"tarn\",\"userInfo\":{\"storage\":\"x\",\"p\":{\"storage\":1}}}") << false;
+    QTest::newRow("name as a value") << QByteArray("{\"storage\":\"tarn\",\"project\":\"storage\"}") << false;
+    QTest::newRow("names in strings") << QByteArray("{\"storage\":\"tarn\",\"p\":\"{\\\"p\\\":1}\"}") << false;
+}
+
+void TestVorSdk::loginRefusesRepeatedNames()
+{
+    QFETCH(QByteArray, json);
+    QFETCH(bool, refused);
+    QCOMPARE(SdkObject::parseCodeJson(QString::fromUtf8(json)).isEmpty(), refused);
+    const QString message = VorSdk::instance()->login(makeCode(json));
+    QCOMPARE(message.isEmpty(), !refused);
+    if (refused)
+        QCOMPARE(message, QStringLiteral("授权码解析错误，请检查你的授权码是否正确！"));
+    VorSdk::instance()->exit();
 }
 
 void TestVorSdk::failedConnectKeepsEachBackEnd()
