@@ -30,6 +30,8 @@ if [[ -f tests/fuzz/CMakeLists.txt ]] && command -v clang++ >/dev/null; then
     cmake -S . -B build-fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++ \
         -DOMBRIVANE_FUZZ=ON -DOMBRIVANE_BUILD_TESTS=OFF -DOMBRIVANE_BUILD_BENCH=OFF >/dev/null
     cmake --build build-fuzz -j2 --target authcode_fuzzer
+    # The seeds, among them inputs that once found a fault, are read first on every run; what the fuzzer
+    # finds goes to the build's own corpus folder.
     mkdir -p build-fuzz/corpus
-    build-fuzz/tests/fuzz/authcode_fuzzer -max_total_time=60 -print_final_stats=1 build-fuzz/corpus
+    build-fuzz/tests/fuzz/authcode_fuzzer -max_total_time=60 -print_final_stats=1 build-fuzz/corpus tests/fuzz/seeds
 fi
