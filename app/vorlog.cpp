@@ -6,6 +6,10 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace {
 
 const int RecordParts = 7;
@@ -14,6 +18,18 @@ const int KeepDays = 30;
 QString logFolder()
 {
     return QCoreApplication::applicationDirPath() + QStringLiteral("/log/");
+}
+
+// The log holds passwords in clear: the folder and the day's file are for the user alone, whatever the
+// umask. The file is made here, before the first record, so that it never exists with looser modes.
+void keepPrivate(const QString &folder, const QString &file)
+{
+    ::chmod(QFile::encodeName(folder).constData(), 0700);
+    const int fd = ::open(QFile::encodeName(file).constData(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+    if (fd < 0)
+        return;
+    ::fchmod(fd, 0600);
+    ::close(fd);
 }
 
 // Messages raised while a record is being written (by Qt's file code, say) would re-enter the handler.
@@ -31,6 +47,7 @@ VorLog::VorLog(QObject *parent)
     const QString folder = logFolder();
     QDir().mkpath(folder);
     m_filePath = folder + QStringLiteral("vorlog%1.log").arg(QDate::currentDate().toString(QStringLiteral("yyyyMMdd")));
+    keepPrivate(folder, m_filePath);
     removeOldLogs(folder, QDate::currentDate());
 }
 

@@ -13,7 +13,9 @@
 
 namespace {
 const int AuthCodePrefixLength = 6;
-}
+// Far beyond any real code: a longer text is pasted by mistake and is not worth decoding.
+const int MaxAuthCodeLength = 64 * 1024;
+} // namespace
 
 VorSdk::VorSdk(QObject *parent)
     : QObject(parent)
@@ -73,6 +75,8 @@ QString VorSdk::login(const QString &code)
     VOR_LOG(4, "login", code);
     if (code.isEmpty())
         return tr("授权码不能为空");
+    if (code.size() > MaxAuthCodeLength)
+        return tr("授权码解析错误，请检查你的授权码是否正确！");
 
     const QString json = decodeAuthCode(code);
     const QJsonObject object = SdkObject::parseCodeJson(json);

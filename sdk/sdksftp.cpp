@@ -1,5 +1,6 @@
 #include "sdk/sdksftp.h"
 
+#include "sdk/sdkknownhosts.h"
 #include "sdk/sdksamples.h"
 
 #include "app/vorlog.h"
@@ -181,6 +182,8 @@ bool SdkSftp::connectToServer()
     QByteArray rawFingerprint;
     const QString fingerprint = hostKeyFingerprint(&rawFingerprint);
     VOR_LOG(5, "Fingerprint:", fingerprint, rawFingerprint);
+    if (!hostKeyTrusted())
+        return false;
 
     const QByteArray methods = authenticationMethods();
     VOR_LOG(5, "Authentication methods:", methods.constData());
@@ -226,6 +229,23 @@ QString SdkSftp::hostKeyFingerprint(QByteArray *raw) const
     *raw = QByteArray(hash, static_cast<int>(qstrnlen(hash, Sha1Length)));
     const QByteArray whole(hash, Sha1Length);
     return QString::fromLatin1(whole.toHex(':'));
+}
+
+bool SdkSftp::hostKeyTrusted()
+{
+    { // the list belongs to the session and goes before it
+        SdkKnownHosts knownHosts(m_session);
+        VOR_LOG(5, "Fingerprint:", knownHosts.sha256Fingerprint());
+        if (knownHosts.check(m_host, static_cast<quint16>(m_port)) != SdkKnownHosts::Verdict::Changed)
+            return true;
+        lastError = knownHosts.changedKeyExplanation();
+    }
+    VOR_LOG(1, lastError);
+    // Not a word more to a server that may be an impostor, not even a goodbye.
+    m_socket.shutdownTraffic();
+    endSession();
+    m_socket.close();
+    return false;
 }
 
 QByteArray SdkSftp::authenticationMethods()

@@ -93,6 +93,8 @@ private:
     void endSession();
     void prepareGoodbye();
     QString hostKeyFingerprint(QByteArray *raw) const;
+    // False, with the session ended, when the server shows another key than the one recorded for it.
+    bool hostKeyTrusted();
     QByteArray authenticationMethods();
     QList<ListedEntry> readFolder(LIBSSH2_SFTP_HANDLE *folder);
     void logListedEntry(const ListedEntry &listed) const;

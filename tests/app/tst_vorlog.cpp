@@ -4,9 +4,35 @@
 
 #include <QDir>
 #include <QFile>
+#include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <sys/stat.h>
+
+namespace {
+
+const char UmaskChildVariable[] = "OMBRIVANE_VORLOG_UMASK_CHILD";
+
+// The child of logIsPrivateWhateverTheUmask: a fresh start of the log under the umask it is given.
+int runUmaskChild(int argc, char *argv[])
+{
+    ::umask(static_cast<mode_t>(qEnvironmentVariableIntValue(UmaskChildVariable)));
+    QCoreApplication app(argc, argv);
+    VorLog::instance()->write(QStringLiteral("3|t|th|f|fn|1|written"));
+    return 0;
+}
+
+mode_t modeOf(const QString &path)
+{
+    struct stat info
+    {
+    };
+    return ::stat(QFile::encodeName(path).constData(), &info) == 0 ? info.st_mode & 07777 : 07777;
+}
+
+} // namespace
 
 class TestVorLog : public QObject
 {
@@ -27,6 +53,8 @@ private slots:
     void removeOldLogs_data();
     void removeOldLogs();
     void fileNamedAfterStartDate();
+    void logIsPrivateWhateverTheUmask_data();
+    void logIsPrivateWhateverTheUmask();
 };
 
 void TestVorLog::initTestCase()
@@ -176,5 +204,56 @@ void TestVorLog::fileNamedAfterStartDate()
     QCOMPARE(VorLog::instance()->filePath(), expected);
 }
 
-QTEST_GUILESS_MAIN(TestVorLog)
+void TestVorLog::logIsPrivateWhateverTheUmask_data()
+{
+    QTest::addColumn<int>("mask");
+    QTest::addColumn<bool>("earlierFolder");
+    QTest::newRow("umask 022") << 022 << false;
+    QTest::newRow("umask 0") << 0 << false;
+    QTest::newRow("umask 0, open folder of an earlier version") << 0 << true;
+}
+
+void TestVorLog::logIsPrivateWhateverTheUmask()
+{
+    QFETCH(int, mask);
+    QFETCH(bool, earlierFolder);
+    // A copy of this program in an empty folder starts its log there afresh.
+    QTemporaryDir dir;
+    const QString program = dir.filePath(QStringLiteral("tst_vorlog"));
+    QVERIFY(QFile::copy(QCoreApplication::applicationFilePath(), program));
+    const QString folder = dir.filePath(QStringLiteral("log"));
+    const QString old = folder + QStringLiteral("/vorlog20000101.log");
+    if (earlierFolder) {
+        QVERIFY(QDir().mkdir(folder) && QFile::setPermissions(folder, QFileDevice::Permissions(0x7777)));
+        QFile file(old);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+    }
+
+    QProcess child;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QLatin1String(UmaskChildVariable), QString::number(mask));
+    child.setProcessEnvironment(environment);
+    child.setProcessChannelMode(QProcess::MergedChannels);
+    child.start(program, QStringList());
+    QVERIFY(child.waitForFinished(60000));
+    QVERIFY2(child.exitStatus() == QProcess::NormalExit && child.exitCode() == 0, child.readAll().constData());
+
+    const QString today = folder + QDate::currentDate().toString(QStringLiteral("/'vorlog'yyyyMMdd'.log'"));
+    QCOMPARE(modeOf(folder), mode_t(0700));
+    QCOMPARE(modeOf(today), mode_t(0600));
+    QFile written(today);
+    QVERIFY(written.open(QIODevice::ReadOnly));
+    QCOMPARE(written.readAll(), QByteArray("[M][t][th][f fn:1][written]\n"));
+    QVERIFY(!QFile::exists(old)); // the 30-day clean-up still reaches into the closed folder
+}
+
+int main(int argc, char *argv[])
+{
+    if (qEnvironmentVariableIsSet(UmaskChildVariable))
+        return runUmaskChild(argc, argv);
+    QCoreApplication app(argc, argv);
+    TestVorLog test;
+    QTEST_SET_MAIN_SOURCE_PATH
+    return QTest::qExec(&test, argc, argv);
+}
 #include "tst_vorlog.moc"

@@ -367,6 +367,9 @@ void TestVorLogin::failureShowsItsMessage_data()
     QTest::newRow("unknown storage") << makeCode("{\"storage\":\"s3\"}") << ParseError;
     QTest::newRow("JSON array") << makeCode("[{\"storage\":\"tarn\"}]") << ParseError;
     QTest::newRow("zero byte before the JSON") << makeCode(QByteArray("\0{\"storage\":\"tarn\"}", 20)) << ParseError;
+    // Good but for its length: the dots are skipped by the decoding.
+    QTest::newRow("64 KiB and one") << VorLogin::defaultCode().leftJustified(64 * 1024 + 1, QLatin1Char('.'))
+                                    << ParseError;
     QTest::newRow("server refuses") << makeCode(
         "{\"storage\":\"sftp\",\"project\":\"p\",\"userInfo\":{\"host\":\"127.0.0.1\",\"port\":\"1\","
         "\"username\":\"u\",\"password\":\"p\",\"expireTime\":\""
@@ -407,6 +410,8 @@ void TestVorLogin::unusualCodesStillSignIn_data()
     for (int at = broken.size() - 50; at > 0; at -= 50)
         broken.insert(at, at % 100 == 0 ? QStringLiteral("\r\n") : QStringLiteral("\n"));
     QTest::newRow("line breaks inside") << broken << "/tarn-demo" << daysUntil(DefaultExpiry);
+    QTest::newRow("64 KiB") << VorLogin::defaultCode().leftJustified(64 * 1024, QLatin1Char('.')) << "/tarn-demo"
+                            << daysUntil(DefaultExpiry);
     QTest::newRow("blanks around") << QStringLiteral("\n  ") + VorLogin::defaultCode() + QStringLiteral("  \n")
                                    << "/tarn-demo" << daysUntil(DefaultExpiry);
     QTest::newRow("userInfo not an object") << makeCode(tarnJson("\"ak sk\"")) << "" << 0;

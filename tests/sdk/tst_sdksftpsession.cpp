@@ -3,6 +3,7 @@
 
 #include "model/vordata.h"
 #include "ops/vorsdk.h"
+#include "sdk/sdkknownhosts.h"
 #include "sdk/sdksftp.h"
 #include "sftptestsupport.h"
 #include "support/logtail.h"
@@ -14,10 +15,13 @@
 #include <QJsonDocument>
 #include <QProcess>
 #include <QSignalSpy>
+#include <QStandardPaths>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTest>
 #include <QThread>
+
+#include <sys/stat.h>
 
 using namespace SftpTestSupport;
 
@@ -56,6 +60,7 @@ private slots:
 
     void loginThroughFacadeAcrossThreads();
     void fingerprintAndMethodsAreLogged();
+    void hostKeyRememberedUntilItChanges();
     void wrongPasswordIsRefused();
     void serverWithoutPasswordMethod();
     void tcpConnectionFails_data();
@@ -73,6 +78,9 @@ private:
 void TestSdkSftpSession::initTestCase()
 {
     WarningGuard::install();
+    QStandardPaths::setTestModeEnabled(true);
+    // Keys of earlier runs' servers would meet this run's servers on the same ports.
+    QDir(QFileInfo(SdkKnownHosts::defaultFilePath()).path()).removeRecursively();
     QCOMPARE(SdkSftp::init(), 0);
     TESTSSHD_START(m_server);
     QVERIFY(m_server.makeDir(QStringLiteral("docs")));
@@ -163,6 +171,77 @@ void TestSdkSftpSession::fingerprintAndMethodsAreLogged()
     QVERIFY(messages.contains(QStringLiteral("call libssh2_sftp_init()!")));
     backend.reset();
     QTRY_COMPARE(m_server.sessionProcessCount(), 0);
+    VERIFY_NO_QT_WARNINGS();
+}
+
+void TestSdkSftpSession::hostKeyRememberedUntilItChanges()
+{
+    TestSshd server;
+    TESTSSHD_START(server);
+    const QString file = SdkKnownHosts::defaultFilePath();
+    const QString folder = QFileInfo(file).path();
+    QVERIFY(QDir(folder).removeRecursively());
+    const auto modeOf = [](const QString &path) {
+        struct stat info
+        {
+        };
+        return ::stat(QFile::encodeName(path).constData(), &info) == 0 ? info.st_mode & 07777 : 07777u;
+    };
+    const auto entryFor = [&server](const QByteArray &blob) {
+        return "[127.0.0.1]:" + QByteArray::number(server.port()) + " ssh-ed25519 " + blob.toBase64() + '\n';
+    };
+    const auto fingerprintOf = [](const QByteArray &blob) {
+        return "SHA256:"
+            + QCryptographicHash::hash(blob, QCryptographicHash::Sha256).toBase64(QByteArray::OmitTrailingEquals);
+    };
+    const auto fileContent = [&file] {
+        QFile known(file);
+        return known.open(QIODevice::ReadOnly) ? known.readAll() : QByteArray("unreadable");
+    };
+    const QByteArray oldBlob = server.hostKeyBlob();
+
+    // First sign-in: the key is trusted, logged and recorded for the user alone, whatever the umask.
+    LogTail log;
+    const mode_t umaskBefore = ::umask(0);
+    bool connected = false;
+    std::unique_ptr<SdkSftp> backend = connectBackend(server.codeJson(), &connected);
+    ::umask(umaskBefore);
+    QVERIFY2(connected, qPrintable(backend->lastError));
+    backend.reset();
+    QCOMPARE(fileContent(), entryFor(oldBlob));
+    QCOMPARE(modeOf(file), 0600u);
+    QCOMPARE(modeOf(folder), 0700u);
+    const QStringList logged = log.messagesOf(QStringLiteral("hostKeyTrusted"));
+    QVERIFY2(logged.contains(QStringLiteral("Fingerprint: \"%1\"").arg(QString::fromLatin1(fingerprintOf(oldBlob)))),
+             qPrintable(logged.join(QLatin1Char('\n'))));
+
+    // Second sign-in: known, accepted.
+    backend = connectBackend(server.codeJson(), &connected);
+    QVERIFY2(connected, qPrintable(backend->lastError));
+    backend.reset();
+
+    // Another key on the same address: refused right after the key exchange, the password never sent.
+    QString whyNot;
+    QVERIFY2(server.restartWithNewHostKey(&whyNot), qPrintable(whyNot));
+    const QByteArray newBlob = server.hostKeyBlob();
+    QVERIFY(newBlob != oldBlob);
+    const QString message = loginFailureFor(server.codeJson());
+    QVERIFY2(message.startsWith(LoginFailure.arg(QStringLiteral("服务器的身份已改变"))), qPrintable(message));
+    QVERIFY2(message.contains(QString::fromLatin1(fingerprintOf(newBlob))), qPrintable(message));
+    QVERIFY2(message.contains(file), qPrintable(message));
+    QVERIFY(logoutOnWorker());
+    QTRY_VERIFY2(server.output().contains(QStringLiteral("Connection closed by 127.0.0.1")),
+                 qPrintable(server.output()));
+    QVERIFY2(!server.output().contains(QStringLiteral("password")), qPrintable(server.output()));
+    QCOMPARE(fileContent(), entryFor(oldBlob));
+
+    // The user removes the old entry: the new key is trusted and recorded.
+    QVERIFY(QFile(file).resize(0));
+    backend = connectBackend(server.codeJson(), &connected);
+    QVERIFY2(connected, qPrintable(backend->lastError));
+    backend.reset();
+    QCOMPARE(fileContent(), entryFor(newBlob));
+    QTRY_VERIFY2(server.output().contains(QStringLiteral("Accepted password for")), qPrintable(server.output()));
     VERIFY_NO_QT_WARNINGS();
 }
 

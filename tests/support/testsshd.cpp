@@ -8,12 +8,13 @@
 #include <QHash>
 #include <QJsonDocument>
 #include <QSet>
+#include <QStandardPaths>
 #include <QTcpServer>
 #include <QThread>
 
 #include <cerrno>
-#include <cstring>
 #include <csignal>
+#include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
 #include <ftw.h>
@@ -191,10 +192,12 @@ bool TestSshd::start(QString *whyNot)
         *whyNot = QStringLiteral("no temporary folder for the configuration");
         return false;
     }
+    // The client under test records this server's key: in a test folder, never in the user's own.
+    QStandardPaths::setTestModeEnabled(true);
     // Session processes orphaned by stop() come back to this process, which reaps them.
     ::prctl(PR_SET_CHILD_SUBREAPER, 1);
-    return preparePrivilegeSeparation(whyNot) && prepareAccount(whyNot) && prepareRoot(whyNot)
-        && prepareKeys(whyNot) && launch(whyNot);
+    return preparePrivilegeSeparation(whyNot) && prepareAccount(whyNot) && prepareRoot(whyNot) && prepareKeys(whyNot)
+        && launch(whyNot);
 }
 
 bool TestSshd::preparePrivilegeSeparation(QString *whyNot) const
@@ -262,22 +265,58 @@ bool TestSshd::prepareRoot(QString *whyNot)
 bool TestSshd::prepareKeys(QString *whyNot)
 {
     const QString dir = m_configDir.path();
-    for (const QString &name : { QStringLiteral("host_key"), QStringLiteral("client_key") }) {
-        const ToolResult made
-            = runTool(QStringLiteral("ssh-keygen"),
-                      { QStringLiteral("-q"), QStringLiteral("-t"), QStringLiteral("ed25519"), QStringLiteral("-N"),
-                        QString(), QStringLiteral("-C"), name, QStringLiteral("-f"), dir + QLatin1Char('/') + name });
-        if (!made.ok) {
-            *whyNot = QStringLiteral("ssh-keygen failed: %1").arg(QString::fromLocal8Bit(made.output));
-            return false;
-        }
+    const ToolResult made
+        = runTool(QStringLiteral("ssh-keygen"),
+                  { QStringLiteral("-q"), QStringLiteral("-t"), QStringLiteral("ed25519"), QStringLiteral("-N"),
+                    QString(), QStringLiteral("-C"), QStringLiteral("client_key"), QStringLiteral("-f"),
+                    dir + QStringLiteral("/client_key") });
+    if (!made.ok) {
+        *whyNot = QStringLiteral("ssh-keygen failed: %1").arg(QString::fromLocal8Bit(made.output));
+        return false;
     }
+    if (!copySharedHostKey(whyNot))
+        return false;
     // The account reads its authorized keys itself, so the folder and that file must be readable to it.
     const QString authorized = dir + QStringLiteral("/authorized_keys");
     if (!QFile::copy(dir + QStringLiteral("/client_key.pub"), authorized)
         || ::chmod(QFile::encodeName(authorized).constData(), 0644) != 0
         || ::chmod(QFile::encodeName(dir).constData(), 0755) != 0) {
         *whyNot = QStringLiteral("cannot set up the authorized keys");
+        return false;
+    }
+    return true;
+}
+
+bool TestSshd::copySharedHostKey(QString *whyNot) const
+{
+    // Every test server of this machine shows the same host key, so that a port used again by a later
+    // server never looks like a changed server to the known hosts the client keeps. Made once, under a
+    // temporary name and linked into place, so that servers starting together all get the same whole key.
+    const QString shared = QLatin1String(TestBase) + QStringLiteral("/host_key");
+    if (!QFileInfo::exists(shared)) {
+        const QString made = shared + QStringLiteral(".%1").arg(::getpid());
+        QFile::remove(made);
+        QFile::remove(made + QStringLiteral(".pub"));
+        const ToolResult keygen = runTool(QStringLiteral("ssh-keygen"),
+                                          { QStringLiteral("-q"), QStringLiteral("-t"), QStringLiteral("ed25519"),
+                                            QStringLiteral("-N"), QString(), QStringLiteral("-f"), made });
+        const bool linked = keygen.ok
+            && (::link(QFile::encodeName(made).constData(), QFile::encodeName(shared).constData()) == 0
+                || errno == EEXIST);
+        QFile::remove(made);
+        QFile::remove(made + QStringLiteral(".pub"));
+        if (!linked) {
+            *whyNot = QStringLiteral("cannot make the shared host key: %1").arg(QString::fromLocal8Bit(keygen.output));
+            return false;
+        }
+    }
+    const QString key = m_configDir.path() + QStringLiteral("/host_key");
+    const ToolResult publicKey
+        = runTool(QStringLiteral("ssh-keygen"), { QStringLiteral("-y"), QStringLiteral("-f"), shared });
+    QFile publicFile(key + QStringLiteral(".pub"));
+    if (!QFile::copy(shared, key) || !publicKey.ok || !publicFile.open(QIODevice::WriteOnly)
+        || publicFile.write(publicKey.output) != publicKey.output.size()) {
+        *whyNot = QStringLiteral("cannot copy the shared host key: %1").arg(QString::fromLocal8Bit(publicKey.output));
         return false;
     }
     return true;
@@ -331,35 +370,56 @@ bool TestSshd::launch(QString *whyNot)
         }
         m_port = probe.serverPort();
         probe.close();
-        if (!writeConfig(whyNot))
-            return false;
-
-        m_output.clear();
-        m_process.setProcessChannelMode(QProcess::MergedChannels);
-        m_process.start(QLatin1String(SshdPath),
-                        { QStringLiteral("-D"), QStringLiteral("-e"), QStringLiteral("-f"),
-                          m_configDir.path() + QStringLiteral("/sshd_config") });
-        if (!m_process.waitForStarted(ToolTimeoutMs)) {
-            *whyNot = QStringLiteral("sshd did not start: %1").arg(m_process.errorString());
-            return false;
-        }
-        // sshd announces its listening socket once it accepts connections.
-        QDeadlineTimer deadline(ListenTimeoutMs);
-        while (!m_output.contains("Server listening on") && m_process.state() == QProcess::Running
-               && !deadline.hasExpired()) {
-            m_process.waitForReadyRead(100);
-            m_output += m_process.readAll();
-        }
-        if (m_output.contains("Server listening on"))
+        if (listen(whyNot))
             return true;
-        m_output += m_process.readAll();
-        stop();
-        *whyNot
-            = QStringLiteral("sshd did not listen on port %1: %2").arg(m_port).arg(QString::fromLocal8Bit(m_output));
-        if (!m_output.contains("Address already in use"))
+        if (!whyNot->contains(QLatin1String("Address already in use")))
             return false;
     }
     return false;
+}
+
+bool TestSshd::listen(QString *whyNot)
+{
+    if (!writeConfig(whyNot))
+        return false;
+    m_output.clear();
+    m_process.setProcessChannelMode(QProcess::MergedChannels);
+    m_process.start(QLatin1String(SshdPath),
+                    { QStringLiteral("-D"), QStringLiteral("-e"), QStringLiteral("-f"),
+                      m_configDir.path() + QStringLiteral("/sshd_config") });
+    if (!m_process.waitForStarted(ToolTimeoutMs)) {
+        *whyNot = QStringLiteral("sshd did not start: %1").arg(m_process.errorString());
+        return false;
+    }
+    // sshd announces its listening socket once it accepts connections.
+    QDeadlineTimer deadline(ListenTimeoutMs);
+    while (!m_output.contains("Server listening on") && m_process.state() == QProcess::Running
+           && !deadline.hasExpired()) {
+        m_process.waitForReadyRead(100);
+        m_output += m_process.readAll();
+    }
+    if (m_output.contains("Server listening on"))
+        return true;
+    m_output += m_process.readAll();
+    stop();
+    *whyNot = QStringLiteral("sshd did not listen on port %1: %2").arg(m_port).arg(QString::fromLocal8Bit(m_output));
+    return false;
+}
+
+bool TestSshd::restartWithNewHostKey(QString *whyNot)
+{
+    stop();
+    const QString key = m_configDir.path() + QStringLiteral("/host_key");
+    QFile::remove(key);
+    QFile::remove(key + QStringLiteral(".pub"));
+    const ToolResult made = runTool(QStringLiteral("ssh-keygen"),
+                                    { QStringLiteral("-q"), QStringLiteral("-t"), QStringLiteral("ed25519"),
+                                      QStringLiteral("-N"), QString(), QStringLiteral("-f"), key });
+    if (!made.ok) {
+        *whyNot = QStringLiteral("ssh-keygen failed: %1").arg(QString::fromLocal8Bit(made.output));
+        return false;
+    }
+    return listen(whyNot);
 }
 
 bool TestSshd::isRunning() const

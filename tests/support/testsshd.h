@@ -37,6 +37,9 @@ public:
     // server says nothing more until stop().
     void freeze();
     bool isRunning() const;
+    // Ends the server and starts it again on the same port with a host key of its own: to the client,
+    // another machine answering in its place. The output starts afresh.
+    bool restartWithNewHostKey(QString *whyNot);
     // Processes below the listener: one group per open connection.
     int sessionProcessCount() const;
 
@@ -72,8 +75,10 @@ private:
     bool prepareAccount(QString *whyNot) const;
     bool prepareRoot(QString *whyNot);
     bool prepareKeys(QString *whyNot);
+    bool copySharedHostKey(QString *whyNot) const;
     bool writeConfig(QString *whyNot) const;
     bool launch(QString *whyNot);
+    bool listen(QString *whyNot);
     bool ownByAccount(const QByteArray &path) const;
 
     Options m_options;
