@@ -128,6 +128,8 @@ void TestSdkSftpListing::listsOneEntry_data()
                                 << "0 KB";
     QTest::newRow("a name with a blank is cut at it") << "my file.txt" << 3000 << "my" << QString();
     QTest::newRow("a folder") << "sub" << -1 << "sub" << QString();
+    QTest::newRow("a link shows its target") << "link" << 5000 << "link"
+                                             << "4 KB";
     // A name of blanks only leaves the line's ninth column empty: the entry's own name is used.
     QTest::newRow("a name of one blank") << " " << 2048 << " "
                                          << "2 KB";
@@ -143,7 +145,12 @@ void TestSdkSftpListing::listsOneEntry()
     const QString folder = QStringLiteral("one-%1").arg(++m_folderNumber);
     QVERIFY(m_server.makeDir(folder));
     const QString relative = folder + QLatin1Char('/') + nameOnDisk;
-    QVERIFY(bytes < 0 ? m_server.makeDir(relative) : m_server.writeFile(relative, QByteArray(bytes, 'x')));
+    if (nameOnDisk.startsWith(QLatin1String("link"))) { // to a file beside the folder: the stat follows it
+        QVERIFY(m_server.writeFile(folder + QStringLiteral("-target"), QByteArray(bytes, 'x')));
+        QVERIFY(QFile::link(QStringLiteral("../%1-target").arg(folder), m_server.homeOnDisk() + '/' + relative));
+    } else {
+        QVERIFY(bytes < 0 ? m_server.makeDir(relative) : m_server.writeFile(relative, QByteArray(bytes, 'x')));
+    }
 
     m_backend->hasError = false;
     const Listing listing(m_backend->getFileInfo(QStringLiteral("/user-01/") + folder, QString()));
