@@ -243,6 +243,24 @@ int main(int argc, char *argv[])
         }
         keepLog = true;
     }
+    // One log record: the write path alone (split, format, open, append, close) and the whole macro.
+    {
+        const int records = 20000;
+        const QString message = QStringLiteral(
+            "5 | 2026-01-01 00:00:00:000 | 0x7f0000000000 | sdksftp | readFolder | 420 | fileInfo: "
+            "\"-rw-r--r--    1 ombrivane-sftp ombrivane-sftp     1234 Nov 23 09:00 file-01234.dat\"");
+        QElapsedTimer timer;
+        timer.start();
+        for (int i = 0; i < records; ++i)
+            VorLog::instance()->write(message);
+        const double writeUs = timer.nsecsElapsed() / 1e3 / records;
+        timer.restart();
+        for (int i = 0; i < records; ++i)
+            VOR_LOG(5, "fileInfo:", message);
+        const double macroUs = timer.nsecsElapsed() / 1e3 / records;
+        out << "Log record (" << VorLog::instance()->filePath() << "): write path " << QString::number(writeUs, 'f', 1)
+            << " us, whole VOR_LOG record " << QString::number(macroUs, 'f', 1) << " us\n";
+    }
     server.stop();
     SdkSftp::exit();
     return 0;
