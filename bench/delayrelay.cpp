@@ -122,7 +122,8 @@ void DelayRelay::relay(int client, int server) const
         int timeoutMs = 100;
         for (const auto &queue : held) {
             if (!queue.empty()) {
-                const auto wait = std::chrono::duration_cast<std::chrono::milliseconds>(queue.front().due - Clock::now());
+                const auto wait
+                    = std::chrono::duration_cast<std::chrono::milliseconds>(queue.front().due - Clock::now());
                 timeoutMs = qBound(0, static_cast<int>(wait.count()) + 1, timeoutMs);
             }
         }

@@ -16,12 +16,14 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QJsonDocument>
 #include <QProcess>
 #include <QTemporaryFile>
 #include <QTextStream>
 
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -122,6 +124,15 @@ double peakMemoryMb()
     rusage usage {};
     getrusage(RUSAGE_SELF, &usage);
     return usage.ru_maxrss / 1024.0;
+}
+
+double residentMb()
+{
+    QFile statm(QStringLiteral("/proc/self/statm"));
+    if (!statm.open(QIODevice::ReadOnly))
+        return 0;
+    const QList<QByteArray> fields = statm.readAll().split(' ');
+    return fields.size() > 1 ? fields.at(1).toDouble() * sysconf(_SC_PAGESIZE) / (1024.0 * 1024.0) : 0;
 }
 
 QString ms(double value)
@@ -243,12 +254,39 @@ int main(int argc, char *argv[])
         }
         keepLog = true;
     }
+    // A folder without end (the tests' scripted server): the read stops at the entry limit.
+    {
+        QProcess scripted;
+        scripted.start(QStringLiteral("/usr/bin/python3"),
+                       { QStringLiteral(SCRIPTED_SFTP_SERVER), QStringLiteral("endless") });
+        if (!scripted.waitForReadyRead(20000)) {
+            std::fprintf(stderr, "the scripted server does not start\n");
+            return 5;
+        }
+        const auto port = static_cast<quint16>(scripted.readLine().trimmed().toUInt());
+        QElapsedTimer timer;
+        timer.start();
+        std::unique_ptr<SdkSftp> backend = connectedBackend(server, port);
+        if (!backend)
+            return 4;
+        QList<FileEntry *> rows = backend->getFileInfo(QStringLiteral("/endless"), QString());
+        out << "Endless folder (scripted server): " << rows.size() << " rows kept in " << ms(timer.nsecsElapsed() / 1e6)
+            << " ms, lastError \"" << backend->lastError << "\"\n"
+            << "  resident while they are held " << ms(residentMb()) << " MB, peak memory so far " << ms(peakMemoryMb())
+            << " MB\n\n";
+        out.flush();
+        qDeleteAll(rows);
+        backend.reset();
+        scripted.kill();
+        scripted.waitForFinished();
+    }
+
     // One log record: the write path alone (split, format, open, append, close) and the whole macro.
     {
         const int records = 20000;
-        const QString message = QStringLiteral(
-            "5 | 2026-01-01 00:00:00:000 | 0x7f0000000000 | sdksftp | readFolder | 420 | fileInfo: "
-            "\"-rw-r--r--    1 ombrivane-sftp ombrivane-sftp     1234 Nov 23 09:00 file-01234.dat\"");
+        const QString message
+            = QStringLiteral("5 | 2026-01-01 00:00:00:000 | 0x7f0000000000 | sdksftp | readFolder | 420 | fileInfo: "
+                             "\"-rw-r--r--    1 ombrivane-sftp ombrivane-sftp     1234 Nov 23 09:00 file-01234.dat\"");
         QElapsedTimer timer;
         timer.start();
         for (int i = 0; i < records; ++i)

@@ -367,7 +367,7 @@ QList<SdkSftp::ListedRow> SdkSftp::readFolder(LIBSSH2_SFTP_HANDLE *folder, const
     QByteArray name(ListingBufferSize, '\0');
     QByteArray longEntry(ListingBufferSize, '\0');
     int read = 0;
-    while (read < m_listingLimit) {
+    for (;;) {
         ListedEntry one;
         const int rc = libssh2_sftp_readdir_ex(folder, name.data(), static_cast<size_t>(name.size()), longEntry.data(),
                                                static_cast<size_t>(longEntry.size()), &one.attributes);
@@ -378,6 +378,10 @@ QList<SdkSftp::ListedRow> SdkSftp::readFolder(LIBSSH2_SFTP_HANDLE *folder, const
                 VOR_LOG(1, "libssh2_sftp_readdir_ex", rc);
                 serverSilent(rc, __FUNCTION__);
             }
+            break;
+        }
+        if (read == m_listingLimit) {
+            *cutShort = true; // an entry beyond the limit came
             break;
         }
         ++read;
@@ -398,7 +402,6 @@ QList<SdkSftp::ListedRow> SdkSftp::readFolder(LIBSSH2_SFTP_HANDLE *folder, const
         row.attributesStandForStat = attributesStandForStat(one, *row.entry, folderBytes);
         rows << row;
     }
-    *cutShort = read >= m_listingLimit;
     return rows;
 }
 
