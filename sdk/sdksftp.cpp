@@ -199,6 +199,7 @@ bool SdkSftp::connectToServer()
     disconnectFromServer();
     endSession();
     m_socket.close();
+    m_serverSilent = false;
 
     if (!openTcpConnection())
         return false; // a refused or timed-out connection keeps the earlier error text
@@ -351,9 +352,10 @@ QList<FileEntry *> SdkSftp::getFileInfo(const QString &path, const QString &name
     }
 
     const int rc = libssh2_sftp_close_handle(folder);
+    // A silence met while reading outlasts what the details of the rows read before it set.
     if (serverSilent(rc, nullptr))
-        ; // a silence met while reading outlasts what the details of the rows read before it set
-    else if (rc < 0)
+        return entries;
+    if (rc < 0)
         setError(QStringLiteral("libssh2_sftp_close_handle occurs error:%1").arg(rc), __FUNCTION__);
     else if (cutShort)
         setError(tr("文件夹内容超过%1项，只显示了前%1项！").arg(m_listingLimit), __FUNCTION__);

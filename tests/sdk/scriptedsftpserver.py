@@ -5,6 +5,7 @@ Any user name and password sign in. Every folder reads as the mode given on the 
   stall     five entries, then no answer to the next read, ever
   endless   entries without end
   longname  "a", a name of 600 bytes and "b", all in one reply
+  slow      two replies of two entries and the end, each after 0.6 s
 """
 import asyncio
 import sys
@@ -25,6 +26,9 @@ def entry(name):
 def batches():
     if MODE == "longname":
         yield [entry(b"a"), entry(b"L" * 600), entry(b"b")]
+    elif MODE == "slow":
+        for reply in range(2):
+            yield [entry(b"s%d" % (2 * reply + i)) for i in range(2)]
     elif MODE == "stall":
         yield [entry(b"e%d" % i) for i in range(5)]
         yield None
@@ -42,6 +46,8 @@ async def readdir(handler, packet):
     handle = packet.get_string()
     reader = readers.setdefault(handle, batches())
     names = next(reader, [])
+    if MODE == "slow":
+        await asyncio.sleep(0.6)
     if names is None:
         await asyncio.Event().wait()  # silent from here on
     if not names:

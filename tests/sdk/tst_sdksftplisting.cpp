@@ -301,6 +301,7 @@ void TestSdkSftpListing::misbehavingServer_data()
 
     QTest::newRow("entry after a 600-byte name")
         << "longname" << QStringList({ "a", QString(600, 'L'), "b" }) << QString();
+    QTest::newRow("slow but answering is not dead") << "slow" << QStringList({ "s0", "s1", "s2", "s3" }) << QString();
     QTest::newRow("silent mid-listing: rows read so far") << "stall" << QStringList({ "e0", "e1", "e2", "e3", "e4" })
                                                           << "服务器已1秒没有响应，连接已失效，请退出后重新登录！";
     QTest::newRow("endless folder is cut") << "endless" << QStringList({ "n0", "n1", "n2", "n3", "n4", "n5", "n6" })
