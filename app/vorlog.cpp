@@ -6,6 +6,9 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <cstdio>
+#include <cstring>
+#include <ctime>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -47,6 +50,7 @@ VorLog::VorLog(QObject *parent)
     const QString folder = logFolder();
     QDir().mkpath(folder);
     m_filePath = folder + QStringLiteral("vorlog%1.log").arg(QDate::currentDate().toString(QStringLiteral("yyyyMMdd")));
+    m_encodedFilePath = QFile::encodeName(m_filePath);
     keepPrivate(folder, m_filePath);
     removeOldLogs(folder, QDate::currentDate());
 }
@@ -77,36 +81,91 @@ QString VorLog::levelLetter(int level)
 
 void VorLog::write(const QString &message)
 {
-    const QStringList parts = message.split(QLatin1Char('|'));
-    if (parts.size() < RecordParts)
-        return;
+    // The first seven parts between the "|" separators; whatever follows a seventh "|" is dropped.
+    QStringRef part[RecordParts];
+    int start = 0;
+    for (int i = 0; i < RecordParts; ++i) {
+        int end = message.indexOf(QLatin1Char('|'), start);
+        if (end < 0) {
+            if (i < RecordParts - 1)
+                return; // not a record of VOR_LOG
+            end = message.size();
+        }
+        part[i] = message.midRef(start, end - start).trimmed();
+        start = end + 1;
+    }
 
-    QStringList field;
-    for (int i = 0; i < RecordParts; ++i)
-        field << parts.at(i).trimmed();
-    const QString line = QStringLiteral("[%1][%2][%3][%4 %5:%6][%7]")
-                             .arg(levelLetter(field.at(0).toInt()), field.at(1), field.at(2), field.at(3), field.at(4),
-                                  field.at(5), field.at(6));
-
-    QFile file(m_filePath);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Append))
-        return;
-    file.write(line.toUtf8() + '\n');
-    file.close();
+    QString line;
+    line.reserve(message.size() + 16);
+    line += QLatin1Char('[');
+    line += levelLetter(part[0].toInt());
+    line += QLatin1String("][");
+    line += part[1];
+    line += QLatin1String("][");
+    line += part[2];
+    line += QLatin1String("][");
+    line += part[3];
+    line += QLatin1Char(' ');
+    line += part[4];
+    line += QLatin1Char(':');
+    line += part[5];
+    line += QLatin1String("][");
+    line += part[6];
+    line += QLatin1String("]\n");
+    appendToFile(line.toUtf8());
 }
 
-QByteArray VorLog::sourceName(const char *file)
+void VorLog::appendToFile(const QByteArray &line) const
 {
-    QByteArray name(file);
-    name = name.mid(name.lastIndexOf('/') + 1);
-    name = name.mid(name.lastIndexOf('\\') + 1);
-    const int dot = name.indexOf('.');
-    return dot < 0 ? name : name.left(dot);
+    // Opened, appended to and closed for every record, straight through the system calls.
+    const int fd = ::open(m_encodedFilePath.constData(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600);
+    if (fd < 0)
+        return;
+    const char *data = line.constData();
+    qint64 left = line.size();
+    while (left > 0) {
+        const ssize_t written = ::write(fd, data, static_cast<size_t>(left));
+        if (written <= 0)
+            break;
+        data += written;
+        left -= written;
+    }
+    ::close(fd);
 }
 
-QByteArray VorLog::currentTime()
+VorLog::SourceName::SourceName(const char *file)
 {
-    return QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd hh:mm:ss:zzz")).toLatin1();
+    const char *name = file;
+    for (const char *c = file; *c; ++c) {
+        if (*c == '/' || *c == '\\')
+            name = c + 1;
+    }
+    size_t length = std::strcspn(name, ".");
+    length = qMin(length, sizeof text - 1);
+    std::memcpy(text, name, length);
+    text[length] = '\0';
+}
+
+const char *VorLog::currentTime()
+{
+    thread_local char text[32] = {};
+    thread_local time_t shownSecond = -1;
+    thread_local size_t prefix = 0; // up to the colon before the milliseconds
+    struct timespec now
+    {
+    };
+    clock_gettime(CLOCK_REALTIME, &now);
+    if (now.tv_sec != shownSecond) {
+        shownSecond = now.tv_sec;
+        tzset();
+        struct tm local
+        {
+        };
+        localtime_r(&now.tv_sec, &local);
+        prefix = std::strftime(text, sizeof text - 4, "%Y-%m-%d %H:%M:%S:", &local);
+    }
+    std::snprintf(text + prefix, sizeof text - prefix, "%03d", static_cast<int>(now.tv_nsec / 1000000));
+    return text;
 }
 
 void VorLog::removeOldLogs(const QString &folder, const QDate &today)

@@ -19,8 +19,13 @@ public:
     static QString levelLetter(int level);
     void write(const QString &message);
 
-    // The file name of a call site without folders and extension ("vorsdk" for ops/vorsdk.cpp).
-    static QByteArray sourceName(const char *file);
+    // The file name of a call site without folders and extension ("vorsdk" for ops/vorsdk.cpp), cut out
+    // of the compiler's path without allocating.
+    struct SourceName
+    {
+        explicit SourceName(const char *file);
+        char text[64];
+    };
     // Deletes the daily logs in the folder that are more than 30 days older than today.
     static void removeOldLogs(const QString &folder, const QDate &today);
 
@@ -28,8 +33,8 @@ public:
     static void record(QDebug stream, int level, const char *file, const char *function, int line,
                        const Items &...items)
     {
-        stream << level << "|" << currentTime().constData() << "|" << QThread::currentThreadId() << "|"
-               << sourceName(file).constData() << "|" << function << "|" << line << "|";
+        stream << level << "|" << currentTime() << "|" << QThread::currentThreadId() << "|" << SourceName(file).text
+               << "|" << function << "|" << line << "|";
         (void)std::initializer_list<int> { ((void)(stream << items), 0)... };
     }
 
@@ -38,9 +43,12 @@ signals:
 
 private:
     explicit VorLog(QObject *parent = nullptr);
-    static QByteArray currentTime();
+    // "yyyy-MM-dd hh:mm:ss:zzz" of now in local time; the zone is consulted once a second, not per record.
+    static const char *currentTime();
+    void appendToFile(const QByteArray &line) const;
 
     QString m_filePath;
+    QByteArray m_encodedFilePath;
 };
 
 // Qt message handler that feeds VorLog; installed first thing by the entry point.

@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
 # Installs the Debian 12 packages that are missing: those to build and run the client, and with --test
-# those the test suite needs as well (a real OpenSSH server, clang for the fuzz target).
+# those the test suite needs as well (a real OpenSSH server, python3-asyncssh for the scripted misbehaving
+# SFTP server, clang for the fuzz target).
 set -euo pipefail
 
 packages=(cmake ninja-build g++ pkg-config qtbase5-dev qttranslations5-l10n libssh2-1-dev fonts-noto-cjk)
 if [[ "${1:-}" == "--test" ]]; then
-    packages+=(openssh-server openssh-client clang libclang-rt-14-dev)
+    packages+=(openssh-server openssh-client python3-asyncssh clang libclang-rt-14-dev)
 fi
 
 missing=()

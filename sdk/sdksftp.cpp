@@ -9,11 +9,11 @@
 #include <QDateTime>
 #include <QJsonObject>
 #include <QNetworkProxy>
-#include <QRegularExpression>
 #include <QTcpSocket>
 
 #include <atomic>
 #include <cstring>
+#include <ctime>
 
 Q_LOGGING_CATEGORY(lcSdkSftp, "sdk.sftp", QtWarningMsg)
 
@@ -32,6 +32,20 @@ LIBSSH2_SFTP_ATTRIBUTES noAttributes()
     LIBSSH2_SFTP_ATTRIBUTES attributes;
     std::memset(&attributes, 0, sizeof attributes);
     return attributes;
+}
+
+// The local time of a file time. The offset comes from the C library's zone data already loaded, so a
+// listing of thousands of entries does not look the zone up again for each of them.
+QDateTime localFileTime(quint64 secondsSinceEpoch)
+{
+    const auto seconds = static_cast<time_t>(secondsSinceEpoch);
+    struct tm local
+    {
+    };
+    if (!localtime_r(&seconds, &local))
+        return QDateTime::fromSecsSinceEpoch(static_cast<qint64>(secondsSinceEpoch));
+    return QDateTime::fromSecsSinceEpoch(static_cast<qint64>(secondsSinceEpoch), Qt::OffsetFromUTC,
+                                         static_cast<int>(local.tm_gmtoff));
 }
 
 } // namespace
@@ -72,9 +86,36 @@ void SdkSftp::setSessionTimeout(int milliseconds)
         libssh2_session_set_timeout(m_session, milliseconds);
 }
 
-void SdkSftp::setListingBufferSize(int bytes)
+void SdkSftp::setListingLimit(int entries)
 {
-    m_listingBufferSize = qMax(bytes, 2);
+    m_listingLimit = entries;
+}
+
+void SdkSftp::setError(const QString &text, const char *loggedBy, ErrorFlag flag)
+{
+    if (flag == ErrorFlag::Set)
+        hasError = true;
+    lastError = text;
+    if (loggedBy)
+        VorLog::record(qDebug(), 1, __FILE__, loggedBy, __LINE__, lastError);
+}
+
+bool SdkSftp::serverSilent(int rc, const char *operation)
+{
+    if (rc == LIBSSH2_ERROR_TIMEOUT && !m_serverSilent) {
+        m_serverSilent = true;
+        // Nothing more is waited for: whatever the library still reads (closing the folder, the goodbye)
+        // fails at once instead of taking the time-out again.
+        m_socket.stopReceiving();
+    }
+    if (m_serverSilent)
+        setError(silentServerText(), operation);
+    return m_serverSilent;
+}
+
+QString SdkSftp::silentServerText() const
+{
+    return tr("服务器已%1秒没有响应，连接已失效，请退出后重新登录！").arg(m_sessionTimeoutMs / 1000);
 }
 
 // ---- operations without effect in this back end
@@ -158,15 +199,14 @@ bool SdkSftp::connectToServer()
     disconnectFromServer();
     endSession();
     m_socket.close();
+    m_serverSilent = false;
 
     if (!openTcpConnection())
         return false; // a refused or timed-out connection keeps the earlier error text
 
     m_session = libssh2_session_init_ex(nullptr, nullptr, nullptr, this);
     if (!m_session) {
-        lastError = QStringLiteral("Ssh2 session initialize failed!");
-        VOR_LOG(1, lastError);
-        hasError = true;
+        setError(QStringLiteral("Ssh2 session initialize failed!"), __FUNCTION__);
         return false;
     }
     libssh2_session_set_blocking(m_session, 1);
@@ -174,8 +214,7 @@ bool SdkSftp::connectToServer()
 
     const int rc = libssh2_session_handshake(m_session, m_socket.get());
     if (rc != 0) {
-        lastError = QStringLiteral("Failure establishing SSH session: %1").arg(rc);
-        VOR_LOG(1, lastError);
+        setError(QStringLiteral("Failure establishing SSH session: %1").arg(rc), __FUNCTION__, ErrorFlag::Keep);
         return false; // the session and the connection stay until the object goes
     }
 
@@ -188,8 +227,7 @@ bool SdkSftp::connectToServer()
     const QByteArray methods = authenticationMethods();
     VOR_LOG(5, "Authentication methods:", methods.constData());
     if (!methods.contains("password")) {
-        lastError = QStringLiteral("sftp server not support userauth password!");
-        VOR_LOG(1, lastError);
+        setError(QStringLiteral("sftp server not support userauth password!"), __FUNCTION__, ErrorFlag::Keep);
         endSession();
         m_socket.close();
         return false;
@@ -200,8 +238,7 @@ bool SdkSftp::connectToServer()
     if (libssh2_userauth_password_ex(m_session, user.constData(), static_cast<unsigned int>(user.size()),
                                      password.constData(), static_cast<unsigned int>(password.size()), nullptr)
         != 0) {
-        lastError = QStringLiteral("Authentication by password failed!");
-        VOR_LOG(1, lastError);
+        setError(QStringLiteral("Authentication by password failed!"), __FUNCTION__, ErrorFlag::Keep);
         endSession();
         m_socket.close();
         return false;
@@ -212,8 +249,7 @@ bool SdkSftp::connectToServer()
     m_sftp = libssh2_sftp_init(m_session);
     if (m_sftp)
         return true;
-    lastError = QStringLiteral("Unable to init SFTP session");
-    VOR_LOG(1, lastError);
+    setError(QStringLiteral("Unable to init SFTP session"), __FUNCTION__, ErrorFlag::Keep);
     endSession();
     m_socket.close();
     return false;
@@ -294,7 +330,7 @@ void SdkSftp::prepareGoodbye()
 {
     // Once the library has been ended (the process is going), nothing more is said to the server: what
     // the tear-down still sends then fails locally.
-    if (libraryEnded)
+    if (libraryEnded || m_serverSilent)
         m_socket.shutdownTraffic();
     // A server that no longer answers is not waited for the full time-out at every step of the goodbye.
     if (m_session)
@@ -307,6 +343,8 @@ QList<FileEntry *> SdkSftp::getFileInfo(const QString &path, const QString &name
 {
     Q_UNUSED(name) // this back end always lists the whole folder
     QList<FileEntry *> entries;
+    if (serverSilent(0, __FUNCTION__))
+        return entries;
     if (m_session)
         libssh2_session_set_blocking(m_session, 1);
 
@@ -317,54 +355,86 @@ QList<FileEntry *> SdkSftp::getFileInfo(const QString &path, const QString &name
         : nullptr;
     if (!folder) {
         VOR_LOG(1, "Unable to open dir with SFTP\n");
+        if (m_session)
+            serverSilent(libssh2_session_last_errno(m_session), __FUNCTION__);
         return entries;
     }
 
-    const QList<ListedEntry> listed = readFolder(folder);
-    for (const ListedEntry &one : listed) {
-        FileEntry *entry = entryFromListing(one, entries.size());
-        if (!entry)
-            continue;
-        fillEntryDetails(entry, path); // a failed stat keeps the line's byte count
-        entry->link = entry->name;
-        entries << entry;
+    bool cutShort = false;
+    const QList<ListedRow> rows = readFolder(folder, path, &cutShort);
+    entries.reserve(rows.size());
+    for (const ListedRow &row : rows) {
+        // A failed stat keeps the line's byte count.
+        fillEntryDetails(row.entry, path, row.attributesStandForStat ? &row.attributes : nullptr);
+        row.entry->link = row.entry->name;
+        entries << row.entry;
     }
 
     const int rc = libssh2_sftp_close_handle(folder);
-    if (rc < 0) {
-        hasError = true;
-        lastError = QStringLiteral("libssh2_sftp_close_handle occurs error:%1").arg(rc);
-        VOR_LOG(1, lastError);
-    }
+    // A silence met while reading outlasts what the details of the rows read before it set.
+    if (serverSilent(rc, nullptr))
+        return entries;
+    if (rc < 0)
+        setError(QStringLiteral("libssh2_sftp_close_handle occurs error:%1").arg(rc), __FUNCTION__);
+    else if (cutShort)
+        setError(tr("文件夹内容超过%1项，只显示了前%1项！").arg(m_listingLimit), __FUNCTION__);
     return entries;
 }
 
-QList<SdkSftp::ListedEntry> SdkSftp::readFolder(LIBSSH2_SFTP_HANDLE *folder)
+QList<SdkSftp::ListedRow> SdkSftp::readFolder(LIBSSH2_SFTP_HANDLE *folder, const QString &path, bool *cutShort)
 {
-    QList<ListedEntry> listed;
-    QByteArray name(m_listingBufferSize, '\0');
-    QByteArray longEntry(m_listingBufferSize, '\0');
+    QList<ListedRow> rows;
+    const QByteArray folderBytes = path.toUtf8() + '/';
+    QByteArray name(ListingBufferSize, '\0');
+    QByteArray longEntry(ListingBufferSize, '\0');
+    int read = 0;
     for (;;) {
         ListedEntry one;
         const int rc = libssh2_sftp_readdir_ex(folder, name.data(), static_cast<size_t>(name.size()), longEntry.data(),
                                                static_cast<size_t>(longEntry.size()), &one.attributes);
         if (rc <= 0) {
-            // The end of the folder and a failed read both end the listing. A name or line longer than
-            // the buffers is such a failure (-38): the entries read so far are what the folder shows.
-            if (rc < 0)
+            // The end of the folder and a failed read both end the listing: the entries read so far are
+            // what the folder shows.
+            if (rc < 0) {
                 VOR_LOG(1, "libssh2_sftp_readdir_ex", rc);
+                serverSilent(rc, __FUNCTION__);
+            }
             break;
         }
-        one.name = QByteArray(name.constData(), static_cast<int>(qstrnlen(name.constData(), name.size())));
+        if (read == m_listingLimit) {
+            *cutShort = true; // an entry beyond the limit came
+            break;
+        }
+        ++read;
+        one.name = QByteArray(name.constData(), rc);
         one.longEntry
             = QByteArray(longEntry.constData(), static_cast<int>(qstrnlen(longEntry.constData(), longEntry.size())));
         logListedEntry(one);
         const QString line = QString::fromUtf8(one.longEntry);
         VOR_LOG(5, "fileInfo:", line);
-        VOR_LOG(5, "fileList:", splitLongEntry(line));
-        listed << one;
+        const QStringList parts = splitLongEntry(line);
+        VOR_LOG(5, "fileList:", parts);
+
+        ListedRow row;
+        row.entry = entryFromListing(one, parts, rows.size());
+        if (!row.entry)
+            continue;
+        row.attributes = one.attributes;
+        row.attributesStandForStat = attributesStandForStat(one, *row.entry, folderBytes);
+        rows << row;
     }
-    return listed;
+    return rows;
+}
+
+bool SdkSftp::attributesStandForStat(const ListedEntry &listed, const FileEntry &entry, const QByteArray &folder)
+{
+    // The stat follows links, so only a non-link's own attributes answer it; and only when the stat would
+    // name this entry: the row's name may be cut at a blank, and the stat's path encoding may differ.
+    const LIBSSH2_SFTP_ATTRIBUTES &attributes = listed.attributes;
+    if (!(attributes.flags & LIBSSH2_SFTP_ATTR_PERMISSIONS) || LIBSSH2_SFTP_S_ISLNK(attributes.permissions))
+        return false;
+    const QString fullPath = QString::fromUtf8(folder) + entry.name;
+    return encodedPath(fullPath) == folder + listed.name;
 }
 
 void SdkSftp::logListedEntry(const ListedEntry &listed) const
@@ -389,15 +459,31 @@ void SdkSftp::logListedEntry(const ListedEntry &listed) const
 
 QStringList SdkSftp::splitLongEntry(const QString &longEntry)
 {
-    static const QRegularExpression blanks(QStringLiteral("\\s+"));
-    return longEntry.split(blanks, Qt::KeepEmptyParts);
+    // Split at every run of white space, keeping the empty parts at either end.
+    QStringList parts;
+    parts.reserve(10);
+    const QChar *const begin = longEntry.constData();
+    const int size = longEntry.size();
+    int start = 0;
+    int i = 0;
+    while (i < size) {
+        if (!begin[i].isSpace()) {
+            ++i;
+            continue;
+        }
+        parts << longEntry.mid(start, i - start);
+        while (i < size && begin[i].isSpace())
+            ++i;
+        start = i;
+    }
+    parts << longEntry.mid(start);
+    return parts;
 }
 
-FileEntry *SdkSftp::entryFromListing(const ListedEntry &listed, int id)
+FileEntry *SdkSftp::entryFromListing(const ListedEntry &listed, const QStringList &parts, int id)
 {
     // Name, kind and byte count come from the columns of the long line ("perms links user group size
     // month day time name"), so a name with blanks shows its first word only.
-    const QStringList parts = splitLongEntry(QString::fromUtf8(listed.longEntry));
     const bool nineColumns = parts.size() > 8 && !parts.at(8).isEmpty();
     const LIBSSH2_SFTP_ATTRIBUTES &attributes = listed.attributes;
 
@@ -428,24 +514,34 @@ FileEntry *SdkSftp::entryFromListing(const ListedEntry &listed, int id)
     return entry;
 }
 
-bool SdkSftp::fillEntryDetails(FileEntry *entry, const QString &folder)
+bool SdkSftp::fillEntryDetails(FileEntry *entry, const QString &folder, const LIBSSH2_SFTP_ATTRIBUTES *listed)
 {
-    const LIBSSH2_SFTP_ATTRIBUTES attributes = getFileInfoFromSftpServer(folder + QLatin1Char('/') + entry->name);
+    const LIBSSH2_SFTP_ATTRIBUTES attributes
+        = getFileInfoFromSftpServer(folder + QLatin1Char('/') + entry->name, listed);
     if (hasError)
         return false;
     if (attributes.flags != 0) {
         entry->size = QStringLiteral("%1 KB").arg(attributes.filesize >> 10);
-        entry->modified = QDateTime::fromSecsSinceEpoch(static_cast<qint64>(attributes.mtime));
+        entry->modified = localFileTime(attributes.mtime);
     }
     return true;
 }
 
-LIBSSH2_SFTP_ATTRIBUTES SdkSftp::getFileInfoFromSftpServer(const QString &fullPath)
+LIBSSH2_SFTP_ATTRIBUTES SdkSftp::getFileInfoFromSftpServer(const QString &fullPath,
+                                                           const LIBSSH2_SFTP_ATTRIBUTES *listed)
 {
     // Sizes and times are fetched once per path for the life of the session.
     const auto cached = m_entryCache.constFind(fullPath);
     if (cached != m_entryCache.constEnd())
         return cached.value();
+    // The folder read's own attributes of a non-link are the stat's answer, without its round trip.
+    if (listed) {
+        hasError = false;
+        m_entryCache.insert(fullPath, *listed);
+        return *listed;
+    }
+    if (serverSilent(0, __FUNCTION__))
+        return noAttributes();
 
     LIBSSH2_SFTP_ATTRIBUTES attributes = noAttributes();
     const QByteArray encoded = encodedPath(fullPath);
@@ -457,9 +553,10 @@ LIBSSH2_SFTP_ATTRIBUTES SdkSftp::getFileInfoFromSftpServer(const QString &fullPa
         m_entryCache.insert(fullPath, attributes);
         return attributes;
     }
+    if (serverSilent(rc, __FUNCTION__))
+        return noAttributes();
 
-    hasError = true;
-    lastError = QStringLiteral("SFTP unlink error: %1").arg(rc);
+    setError(QStringLiteral("SFTP unlink error: %1").arg(rc));
     const unsigned long status = m_sftp ? libssh2_sftp_last_error(m_sftp) : 0;
     if (status == LIBSSH2_FX_NO_SUCH_FILE)
         VOR_LOG(1, "No such file or directory:", fullPath);
@@ -480,6 +577,8 @@ QByteArray SdkSftp::encodedPath(const QString &path)
 
 void SdkSftp::createDir(const QString &path)
 {
+    if (serverSilent(0, __FUNCTION__))
+        return;
     const QByteArray encoded = encodedPath(path);
     int rc = LIBSSH2_ERROR_BAD_USE;
     do {
@@ -487,27 +586,41 @@ void SdkSftp::createDir(const QString &path)
             rc = libssh2_sftp_mkdir_ex(m_sftp, encoded.constData(), static_cast<unsigned int>(encoded.size()),
                                        m_dirMode);
     } while (rc == LIBSSH2_ERROR_EAGAIN);
-    if (rc < 0) {
-        hasError = true;
-        lastError = QStringLiteral("SFTP mkdir(%1) error:(%2)").arg(path, QString::number(rc));
-        VOR_LOG(1, lastError);
-    }
+    if (rc < 0 && !serverSilent(rc, __FUNCTION__))
+        setError(QStringLiteral("SFTP mkdir(%1) error:(%2)").arg(path, QString::number(rc)), __FUNCTION__);
     // Success leaves hasError alone: an earlier failure of the session still reads as one.
 }
 
 void SdkSftp::rename(const QString &oldPath, const QString &newPath)
 {
+    if (serverSilent(0, nullptr))
+        return;
     const QByteArray from = encodedPath(oldPath);
     const QByteArray to = encodedPath(newPath);
     const int rc = m_sftp
         ? libssh2_sftp_rename_ex(m_sftp, from.constData(), static_cast<unsigned int>(from.size()), to.constData(),
                                  static_cast<unsigned int>(to.size()), LIBSSH2_SFTP_RENAME_OVERWRITE)
         : LIBSSH2_ERROR_BAD_USE;
-    if (rc < 0) {
-        hasError = true;
-        lastError = QStringLiteral("rename oldFile:%1 to newFile:%2 occur error:%3")
-                        .arg(oldPath, newPath, QString::number(rc));
+    if (rc >= 0) {
+        hasError = false;
         return;
     }
-    hasError = false;
+    if (serverSilent(rc, nullptr))
+        return;
+    QString text
+        = QStringLiteral("rename oldFile:%1 to newFile:%2 occur error:%3").arg(oldPath, newPath, QString::number(rc));
+    // Servers of SFTP version 3 carry no overwrite flag and refuse an existing target.
+    if (rc == LIBSSH2_ERROR_SFTP_PROTOCOL && targetExists(to))
+        text += tr("\n新名称“%1”已存在：服务器不能用改名覆盖已有的文件或文件夹，请换一个名称，或先删除已有的那一项。")
+                    .arg(newPath.section(QLatin1Char('/'), -1));
+    setError(text);
+}
+
+bool SdkSftp::targetExists(const QByteArray &encodedPath)
+{
+    LIBSSH2_SFTP_ATTRIBUTES attributes = noAttributes();
+    const int rc = libssh2_sftp_stat_ex(m_sftp, encodedPath.constData(), static_cast<unsigned int>(encodedPath.size()),
+                                        LIBSSH2_SFTP_LSTAT, &attributes);
+    serverSilent(rc, nullptr);
+    return rc >= 0;
 }

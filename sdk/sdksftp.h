@@ -25,7 +25,11 @@ class SdkSftp : public SdkObject
 public:
     static const int ConnectTimeoutMs = 30000;
     static const int DefaultSessionTimeoutMs = 30000;
-    static const int ListingBufferSize = 512;
+    // Room for a name and for a long-entry line as large as anything one SFTP packet can carry (the
+    // library's packet limit): an entry that does not fit would be lost, as the library counts it read.
+    static const int ListingBufferSize = 256 * 1024;
+    // A folder read stops after this many entries, so that a folder without end cannot eat all memory.
+    static const int DefaultListingLimit = 200000;
 
     // Starts and ends the SSH library for the process; start-up calls them once each.
     static int init();
@@ -58,10 +62,13 @@ public:
 
     // Ends the SFTP subsystem and the session; the destructor calls it.
     void disconnectFromServer();
-    // Stats one listed entry and fills its size and modification time; false when the stat failed.
-    bool fillEntryDetails(FileEntry *entry, const QString &folder);
-    // One stat request, answered from the per-path cache once a path has been seen.
-    LIBSSH2_SFTP_ATTRIBUTES getFileInfoFromSftpServer(const QString &fullPath);
+    // Fills one listed entry's size and modification time from the cache, from the attributes the folder
+    // read gave (when given) or from a stat; false when the stat failed.
+    bool fillEntryDetails(FileEntry *entry, const QString &folder, const LIBSSH2_SFTP_ATTRIBUTES *listed = nullptr);
+    // One stat request, answered from the per-path cache once a path has been seen; attributes that a
+    // folder read gave for this very non-link entry answer it without the round trip.
+    LIBSSH2_SFTP_ATTRIBUTES getFileInfoFromSftpServer(const QString &fullPath,
+                                                      const LIBSSH2_SFTP_ATTRIBUTES *listed = nullptr);
 
     QString host() const { return m_host; }
     quint32 port() const { return m_port; }
@@ -70,8 +77,11 @@ public:
     // For tests only: the limit on each blocking SSH call, 30000 ms unless changed. Takes effect for the
     // next connection and for the current session.
     void setSessionTimeout(int milliseconds);
-    // For tests only: the size of the name and long-entry buffers of a folder read (512 bytes otherwise).
-    void setListingBufferSize(int bytes);
+    // For tests only: the number of entries after which a folder read stops (200,000 otherwise).
+    void setListingLimit(int entries);
+    // True once the server left a request unanswered for the whole session time-out: the session is then
+    // dead, and every later request fails at once.
+    bool isServerSilent() const { return m_serverSilent; }
 
     // One entry of a folder read: the name, the `ls -l` style line and the attributes the server sent.
     struct ListedEntry
@@ -80,8 +90,9 @@ public:
         QByteArray longEntry;
         LIBSSH2_SFTP_ATTRIBUTES attributes {};
     };
-    // The listing row for one read entry, or null for ".".
-    static FileEntry *entryFromListing(const ListedEntry &listed, int id);
+    // The listing row for one read entry (parts: its long-entry line split by splitLongEntry), or null
+    // for ".".
+    static FileEntry *entryFromListing(const ListedEntry &listed, const QStringList &parts, int id);
     static QStringList splitLongEntry(const QString &longEntry);
     // A path as the stat, mkdir and rename requests send it: local 8-bit bytes cut to the path's count
     // of characters.
@@ -96,8 +107,25 @@ private:
     // False, with the session ended, when the server shows another key than the one recorded for it.
     bool hostKeyTrusted();
     QByteArray authenticationMethods();
-    QList<ListedEntry> readFolder(LIBSSH2_SFTP_HANDLE *folder);
+    // A listed row and what the folder read said about it: the attributes, and whether a stat of the
+    // row's path would name this very entry (so that they may stand for that stat).
+    struct ListedRow
+    {
+        FileEntry *entry = nullptr;
+        LIBSSH2_SFTP_ATTRIBUTES attributes {};
+        bool attributesStandForStat = false;
+    };
+    QList<ListedRow> readFolder(LIBSSH2_SFTP_HANDLE *folder, const QString &path, bool *cutShort);
     void logListedEntry(const ListedEntry &listed) const;
+    static bool attributesStandForStat(const ListedEntry &listed, const FileEntry &entry, const QByteArray &folder);
+    bool targetExists(const QByteArray &encodedPath);
+    // The one way a failure is recorded: the text for lastError, the error flag unless the caller keeps
+    // it, and a log line (level 1) under the caller's name when one is given.
+    enum class ErrorFlag { Set, Keep };
+    void setError(const QString &text, const char *loggedBy = nullptr, ErrorFlag flag = ErrorFlag::Set);
+    // Marks the session dead when rc is the session time-out; true (with the error set) when it is dead.
+    bool serverSilent(int rc, const char *operation);
+    QString silentServerText() const;
 
     QString m_userName;
     QString m_password;
@@ -113,5 +141,6 @@ private:
     QHash<QString, LIBSSH2_SFTP_ATTRIBUTES> m_entryCache;
     int m_dirMode = 0755;
     int m_sessionTimeoutMs = DefaultSessionTimeoutMs;
-    int m_listingBufferSize = ListingBufferSize;
+    int m_listingLimit = DefaultListingLimit;
+    bool m_serverSilent = false;
 };

@@ -25,6 +25,12 @@ void SdkSocketFd::shutdownTraffic()
         ::shutdown(m_fd, SHUT_RDWR);
 }
 
+void SdkSocketFd::stopReceiving()
+{
+    if (m_fd >= 0)
+        ::shutdown(m_fd, SHUT_RD);
+}
+
 void SdkSocketFd::close()
 {
     if (m_fd < 0)

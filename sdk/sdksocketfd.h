@@ -18,6 +18,8 @@ public:
     // Stops all traffic in both directions while keeping the descriptor, so that whatever is still
     // written to it fails at once instead of reaching the peer.
     void shutdownTraffic();
+    // Ends receiving only: every later read sees the end of the stream at once, while writes still go.
+    void stopReceiving();
     void close();
 
 private:

@@ -187,13 +187,15 @@ void TestSdkSftpFolderOps::renameOntoExistingName()
     QVERIFY(targetIsFolder ? m_server.makeDir(target) : m_server.writeFile(target, "target"));
 
     // The request asks to overwrite, but OpenSSH's server speaks SFTP version 3, whose rename carries no
-    // flags, and it refuses an existing target: the rename fails and both entries stay as they were.
+    // flags, and it refuses an existing target: the rename fails, says why, and both entries stay.
     const QString oldPath = QStringLiteral("/user-01/") + source;
     const QString newPath = QStringLiteral("/user-01/") + target;
     m_backend->rename(oldPath, newPath);
     QCOMPARE(m_backend->hasError, true);
     QCOMPARE(m_backend->lastError,
-             QStringLiteral("rename oldFile:%1 to newFile:%2 occur error:-31").arg(oldPath, newPath));
+             QStringLiteral("rename oldFile:%1 to newFile:%2 occur error:-31\n新名称“%3”已存在：服务器不能用改名覆盖"
+                            "已有的文件或文件夹，请换一个名称，或先删除已有的那一项。")
+                 .arg(oldPath, newPath, target));
     QVERIFY(existsOnDisk(home() + QLatin1Char('/') + source));
     if (!targetIsFolder)
         QCOMPARE(contentOf(home() + QLatin1Char('/') + target), QByteArray("target"));

@@ -7,6 +7,8 @@
 #include "support/testsshd.h"
 #include "support/warningguard.h"
 
+#include <QJsonObject>
+#include <QProcess>
 #include <QTest>
 
 #include <sys/stat.h>
@@ -69,7 +71,8 @@ private slots:
     void chineseNameFailsItsStat();
     void nonUtf8NameDoesNotBreakListing();
     void longestNameIsListed();
-    void nameLongerThanBuffersEndsListing();
+    void misbehavingServer_data();
+    void misbehavingServer();
 
 private:
     std::unique_ptr<SdkSftp> connectedBackend();
@@ -125,6 +128,8 @@ void TestSdkSftpListing::listsOneEntry_data()
                                 << "0 KB";
     QTest::newRow("a name with a blank is cut at it") << "my file.txt" << 3000 << "my" << QString();
     QTest::newRow("a folder") << "sub" << -1 << "sub" << QString();
+    QTest::newRow("a link shows its target") << "link" << 5000 << "link"
+                                             << "4 KB";
     // A name of blanks only leaves the line's ninth column empty: the entry's own name is used.
     QTest::newRow("a name of one blank") << " " << 2048 << " "
                                          << "2 KB";
@@ -140,7 +145,12 @@ void TestSdkSftpListing::listsOneEntry()
     const QString folder = QStringLiteral("one-%1").arg(++m_folderNumber);
     QVERIFY(m_server.makeDir(folder));
     const QString relative = folder + QLatin1Char('/') + nameOnDisk;
-    QVERIFY(bytes < 0 ? m_server.makeDir(relative) : m_server.writeFile(relative, QByteArray(bytes, 'x')));
+    if (nameOnDisk.startsWith(QLatin1String("link"))) { // to a file beside the folder: the stat follows it
+        QVERIFY(m_server.writeFile(folder + QStringLiteral("-target"), QByteArray(bytes, 'x')));
+        QVERIFY(QFile::link(QStringLiteral("../%1-target").arg(folder), m_server.homeOnDisk() + '/' + relative));
+    } else {
+        QVERIFY(bytes < 0 ? m_server.makeDir(relative) : m_server.writeFile(relative, QByteArray(bytes, 'x')));
+    }
 
     m_backend->hasError = false;
     const Listing listing(m_backend->getFileInfo(QStringLiteral("/user-01/") + folder, QString()));
@@ -272,7 +282,7 @@ void TestSdkSftpListing::nonUtf8NameDoesNotBreakListing()
 
 void TestSdkSftpListing::longestNameIsListed()
 {
-    // 255 bytes is the longest name the server's file system holds; it fits the 512-byte buffers.
+    // 255 bytes is the longest name the server's file system holds.
     const QString name = QString(251, QLatin1Char('n')) + QStringLiteral(".txt");
     QVERIFY(m_server.makeDir(QStringLiteral("longest")));
     QVERIFY(m_server.writeFile(QStringLiteral("longest/") + name, QByteArray(3072, 'l')));
@@ -283,37 +293,48 @@ void TestSdkSftpListing::longestNameIsListed()
     QCOMPARE(m_backend->hasError, false);
 }
 
-void TestSdkSftpListing::nameLongerThanBuffersEndsListing()
+void TestSdkSftpListing::misbehavingServer_data()
 {
-    // The server's names cannot outgrow the 512-byte buffers, so the buffers are made smaller than one.
-    QVERIFY(m_server.makeDir(QStringLiteral("toolong")));
-    QStringList onDisk { QStringLiteral("..") };
-    for (int i = 0; i < 30; ++i) {
-        onDisk << QStringLiteral("short%1").arg(i);
-        QVERIFY(m_server.writeFile(QStringLiteral("toolong/") + onDisk.last(), QByteArray(10, 's')));
-    }
-    const QString longName = QString(220, QLatin1Char('L'));
-    QVERIFY(m_server.writeFile(QStringLiteral("toolong/") + longName, QByteArray(10, 'L')));
+    QTest::addColumn<QString>("mode");
+    QTest::addColumn<QStringList>("names");
+    QTest::addColumn<QString>("error");
 
-    std::unique_ptr<SdkSftp> backend = connectedBackend();
-    QVERIFY(backend);
-    backend->setListingBufferSize(200);
-    LogTail log;
-    {
-        const Listing listing(backend->getFileInfo(QStringLiteral("/user-01/toolong"), QString()));
-        QVERIFY(listing.entries.size() < onDisk.size() + 1);
-        for (const FileEntry *entry : listing.entries)
-            QVERIFY2(onDisk.contains(entry->name), qPrintable(entry->name));
-        QVERIFY(!listing.find(longName));
-    }
-    QVERIFY(log.messagesOf(QStringLiteral("readFolder"))
-                .contains(QStringLiteral("libssh2_sftp_readdir_ex %1").arg(LIBSSH2_ERROR_BUFFER_TOO_SMALL)));
+    QTest::newRow("entry after a 600-byte name")
+        << "longname" << QStringList({ "a", QString(600, 'L'), "b" }) << QString();
+    QTest::newRow("slow but answering is not dead") << "slow" << QStringList({ "s0", "s1", "s2", "s3" }) << QString();
+    QTest::newRow("silent mid-listing: rows read so far") << "stall" << QStringList({ "e0", "e1", "e2", "e3", "e4" })
+                                                          << "服务器已1秒没有响应，连接已失效，请退出后重新登录！";
+    QTest::newRow("endless folder is cut") << "endless" << QStringList({ "n0", "n1", "n2", "n3", "n4", "n5", "n6" })
+                                           << "文件夹内容超过7项，只显示了前7项！";
+}
 
-    // The session is still usable, and buffers of the usual size list everything.
-    backend->setListingBufferSize(SdkSftp::ListingBufferSize);
-    const Listing whole(backend->getFileInfo(QStringLiteral("/user-01/toolong"), QString()));
-    QCOMPARE(whole.entries.size(), onDisk.size() + 1);
-    QVERIFY(whole.find(longName));
+void TestSdkSftpListing::misbehavingServer()
+{
+    QFETCH(QString, mode);
+    QFETCH(QStringList, names);
+    QFETCH(QString, error);
+
+    // A scripted server for what OpenSSH never does; any password signs in.
+    QProcess server;
+    server.start(QStringLiteral("/usr/bin/python3"), { QStringLiteral(SCRIPTED_SFTP_SERVER), mode });
+    QVERIFY(server.waitForReadyRead(20000));
+    QJsonObject code = m_server.codeJson();
+    QJsonObject userInfo = code.value(QStringLiteral("userInfo")).toObject();
+    userInfo.insert(QStringLiteral("port"), QString::fromLatin1(server.readLine().trimmed()));
+    code.insert(QStringLiteral("userInfo"), userInfo);
+    bool connected = false;
+    std::unique_ptr<SdkSftp> backend = connectBackend(code, &connected);
+    QVERIFY2(connected, qPrintable(backend->lastError));
+    backend->setSessionTimeout(1000);
+    backend->setListingLimit(7);
+
+    names.sort();
+    QCOMPARE(Listing(backend->getFileInfo(QStringLiteral("/any"), QString())).names(), names);
+    QCOMPARE(backend->hasError, !error.isEmpty());
+    QCOMPARE(backend->lastError, error);
+    backend.reset(); // the goodbye to a silent server does not wait
+    server.kill();
+    server.waitForFinished();
     VERIFY_NO_QT_WARNINGS();
 }
 

@@ -211,7 +211,8 @@ void TestSdkSftpOffline::entryFromListing()
     QFETCH(bool, isDir);
     QFETCH(QString, size);
 
-    std::unique_ptr<FileEntry> row(SdkSftp::entryFromListing(entry, 4));
+    std::unique_ptr<FileEntry> row(
+        SdkSftp::entryFromListing(entry, SdkSftp::splitLongEntry(QString::fromUtf8(entry.longEntry)), 4));
     QCOMPARE(row != nullptr, kept);
     if (!row)
         return;
