@@ -274,9 +274,8 @@ bool SdkSftp::hostKeyTrusted()
         VOR_LOG(5, "Fingerprint:", knownHosts.sha256Fingerprint());
         if (knownHosts.check(m_host, static_cast<quint16>(m_port)) != SdkKnownHosts::Verdict::Changed)
             return true;
-        lastError = knownHosts.changedKeyExplanation();
+        setError(knownHosts.changedKeyExplanation(), __FUNCTION__, ErrorFlag::Keep);
     }
-    VOR_LOG(1, lastError);
     // Not a word more to a server that may be an impostor, not even a goodbye.
     m_socket.shutdownTraffic();
     endSession();

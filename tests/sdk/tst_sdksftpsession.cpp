@@ -15,7 +15,6 @@
 #include <QJsonDocument>
 #include <QProcess>
 #include <QSignalSpy>
-#include <QStandardPaths>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTest>
@@ -78,9 +77,6 @@ private:
 void TestSdkSftpSession::initTestCase()
 {
     WarningGuard::install();
-    QStandardPaths::setTestModeEnabled(true);
-    // Keys of earlier runs' servers would meet this run's servers on the same ports.
-    QDir(QFileInfo(SdkKnownHosts::defaultFilePath()).path()).removeRecursively();
     QCOMPARE(SdkSftp::init(), 0);
     TESTSSHD_START(m_server);
     QVERIFY(m_server.makeDir(QStringLiteral("docs")));

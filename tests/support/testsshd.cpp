@@ -153,6 +153,17 @@ int removeEntry(const char *path, const struct stat *, int, struct FTW *)
     return ::remove(path);
 }
 
+// The client under test records each server's key in the user's configuration. Tests keep theirs in a
+// folder of their own process (Qt's test locations lie below the home folder), never in the user's, and
+// two suites run side by side never meet in one known-hosts file.
+void keepKnownHostsPrivate()
+{
+    static QTemporaryDir home;
+    static const bool moved = home.isValid() && qputenv("HOME", QFile::encodeName(home.path()));
+    Q_UNUSED(moved)
+    QStandardPaths::setTestModeEnabled(true);
+}
+
 } // namespace
 
 TestSshd::TestSshd(const Options &options)
@@ -192,8 +203,7 @@ bool TestSshd::start(QString *whyNot)
         *whyNot = QStringLiteral("no temporary folder for the configuration");
         return false;
     }
-    // The client under test records this server's key: in a test folder, never in the user's own.
-    QStandardPaths::setTestModeEnabled(true);
+    keepKnownHostsPrivate();
     // Session processes orphaned by stop() come back to this process, which reaps them.
     ::prctl(PR_SET_CHILD_SUBREAPER, 1);
     return preparePrivilegeSeparation(whyNot) && prepareAccount(whyNot) && prepareRoot(whyNot) && prepareKeys(whyNot)
