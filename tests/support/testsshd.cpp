@@ -346,8 +346,9 @@ bool TestSshd::writeConfig(QString *whyNot) const
         QStringLiteral("PubkeyAuthentication yes"),
         QStringLiteral("AuthorizedKeysFile %1/authorized_keys").arg(dir),
         QStringLiteral("StrictModes no"),
-        QStringLiteral("Subsystem sftp internal-sftp"),
-        QStringLiteral("ForceCommand internal-sftp"),
+        // No umask of the server's own: the modes the client asks for arrive unmasked and can be checked.
+        QStringLiteral("Subsystem sftp internal-sftp -u 0000"),
+        QStringLiteral("ForceCommand internal-sftp -u 0000"),
         QStringLiteral("ChrootDirectory %1").arg(m_root),
         QStringLiteral("MaxStartups 100"),
     };
