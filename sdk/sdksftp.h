@@ -116,7 +116,7 @@ private:
         bool attributesStandForStat = false;
     };
     QList<ListedRow> readFolder(LIBSSH2_SFTP_HANDLE *folder, const QString &path, bool *cutShort);
-    void logListedEntry(const ListedEntry &listed) const;
+    static void echoListedEntry(const ListedEntry &listed);
     static bool attributesStandForStat(const ListedEntry &listed, const FileEntry &entry, const QByteArray &folder);
     bool targetExists(const QByteArray &encodedPath);
     // The one way a failure is recorded: the text for lastError, the error flag unless the caller keeps
