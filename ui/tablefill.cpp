@@ -4,9 +4,30 @@
 #include <QCoreApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QStyledItemDelegate>
 #include <QTableWidget>
 
 namespace TableFill {
+
+namespace {
+
+class WholeCellDelegate : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    void updateEditorGeometry(QWidget *editor, const QStyleOptionViewItem &option, const QModelIndex &) const override
+    {
+        editor->setGeometry(option.rect);
+    }
+};
+
+} // namespace
+
+void giveCellWidgetsWholeCells(QTableWidget *table)
+{
+    table->setItemDelegate(new WholeCellDelegate(table));
+}
 
 bool isPauseRow(int row)
 {

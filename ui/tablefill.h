@@ -19,6 +19,10 @@ const int RowsBetweenPauses = 64;
 bool isPauseRow(int row);
 void letPostedEventsThrough();
 
+// Lets the cell widgets of a table cover their whole cells: the style's item padding is meant for the text
+// items, and would take from each cell widget the room its column was sized to give it.
+void giveCellWidgetsWholeCells(QTableWidget *table);
+
 // Set by a cell on itself while one of its own actions runs; that action may be what redraws the table.
 extern const char CellBusyProperty[];
 

@@ -61,6 +61,7 @@ VorPageSave::VorPageSave(QWidget *parent)
     connect(ui->tableWidget->verticalScrollBar(), &QScrollBar::valueChanged, this, &VorPageSave::buildRowsInView);
     // Columns are measured by the rows in view, the only ones with cells.
     m_header->setResizeContentsPrecision(0);
+    TableFill::giveCellWidgetsWholeCells(ui->tableWidget);
 }
 
 VorPageSave::~VorPageSave() = default;

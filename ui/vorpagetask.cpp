@@ -72,6 +72,7 @@ VorPageTask::VorPageTask(QWidget *parent)
     connect(ui->tableWidget->verticalScrollBar(), &QScrollBar::valueChanged, this, &VorPageTask::buildRowsInView);
     // Columns are measured by the rows in view, the only ones with cells.
     m_header->setResizeContentsPrecision(0);
+    TableFill::giveCellWidgetsWholeCells(ui->tableWidget);
 }
 
 VorPageTask::~VorPageTask() = default;

@@ -104,7 +104,6 @@ private:
 void TestVorMain::initTestCase()
 {
     WarningGuard::install();
-    WarningGuard::allow(QStringLiteral("This plugin does not support raise()"));
     qApp->setStyleSheet(QStringLiteral("file:///:/qss/ombrivane.css"));
     window()->show();
     QVERIFY(QTest::qWaitForWindowExposed(window()));
