@@ -1,5 +1,6 @@
 #include "ui/tablefill.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QCoreApplication>
 #include <QHBoxLayout>
@@ -140,6 +141,9 @@ bool LazyRows::buildRowsInView()
 // each step; the rows far out of view give theirs back and keep only their state.
 void LazyRows::releaseRowsOutside(int first, int last)
 {
+    // A row action waiting on a dialog (a confirmation, a new name) still needs its cell afterwards.
+    if (QApplication::activeModalWidget())
+        return;
     for (int row = 0; row < m_boxes.size(); ++row) {
         if (!m_boxes.at(row) || (row >= first && row <= last))
             continue;
