@@ -11,6 +11,38 @@
 #include "ui/vorpagesave.h"
 #include "ui/vorpagetask.h"
 
+#include <QApplication>
+#include <QCursor>
+#include <QScreen>
+#include <QShowEvent>
+
+namespace {
+
+// The screen of the window in use, else the one under the pointer, else the primary one.
+QScreen *usersScreen()
+{
+    if (QWidget *active = QApplication::activeWindow())
+        return active->screen();
+    if (QScreen *screen = QGuiApplication::screenAt(QCursor::pos()))
+        return screen;
+    return QGuiApplication::primaryScreen();
+}
+
+} // namespace
+
+void placeOnUsersScreen(QWidget *window)
+{
+    QScreen *screen = usersScreen();
+    if (!screen)
+        return;
+    const QRect available = screen->availableGeometry();
+    window->resize(window->size().boundedTo(available.size()));
+    QRect frame(QPoint(), window->size());
+    frame.moveCenter(available.center());
+    // A window that cannot be made small enough keeps its top-left corner, and its title bar, on screen.
+    window->move(qMax(frame.left(), available.left()), qMax(frame.top(), available.top()));
+}
+
 VorMain::VorMain(QWidget *parent)
     : QWidget(parent)
     , ui(std::make_unique<Ui::VorMain>())
@@ -23,6 +55,22 @@ VorMain::VorMain(QWidget *parent)
 }
 
 VorMain::~VorMain() = default;
+
+void VorMain::showForSession()
+{
+    setWindowState(windowState() & ~Qt::WindowMinimized);
+    show();
+    raise();
+    activateWindow();
+}
+
+void VorMain::showEvent(QShowEvent *event)
+{
+    // Placed before the window is mapped, so that it opens where it belongs rather than jumping there.
+    if (!event->spontaneous() && !(windowState() & (Qt::WindowMaximized | Qt::WindowFullScreen)))
+        placeOnUsersScreen(this);
+    QWidget::showEvent(event);
+}
 
 VorPageSave *VorMain::pageSave() const
 {
@@ -86,6 +134,9 @@ void VorMain::on_pushButtonExit_clicked()
     if (VorDialog::showChoice(tr("退出"), tr("确认退出？"), this, tr("确定"), tr("取消")) != 1)
         return;
     VorDialog::showWait(tr("退出中"), tr("请稍等..."), this, new VorThreadExit(this));
-    VorData::instance()->loginDialog()->show();
+    QWidget *login = VorData::instance()->loginDialog();
+    login->show();
+    login->raise();
+    login->activateWindow();
     hide();
 }

@@ -3,6 +3,7 @@
 #include <QWidget>
 #include <memory>
 
+class QShowEvent;
 class VorPageSave;
 class VorPageTask;
 class VorPageDownload;
@@ -23,6 +24,10 @@ public:
     VorPageTask *pageTask() const;
     VorPageDownload *pageDownload() const;
 
+    // Shows the window for a new session: never minimised, maximised if the user left it so, in front
+    // and active.
+    void showForSession();
+
 public slots:
     void dataUpdateUser(const QString &name, const QString &tips);
     void dataUpdatePath(const QString &path);
@@ -35,6 +40,14 @@ private slots:
     void on_pushButtonDownload_clicked();
     void on_pushButtonExit_clicked();
 
+protected:
+    void showEvent(QShowEvent *event) override;
+
 private:
     std::unique_ptr<Ui::VorMain> ui;
 };
+
+// Places a top-level window that is about to open in the middle of the screen the user is working on,
+// made smaller if need be so that all of it is on that screen. Without a window manager a window would
+// open at the screen's corner, and with one wherever it last was.
+void placeOnUsersScreen(QWidget *window);

@@ -8,6 +8,7 @@
 #include "ui/vordialog.h"
 
 #include <QIcon>
+#include <QShowEvent>
 
 QString VorLogin::defaultCode()
 {
@@ -36,6 +37,13 @@ VorLogin::VorLogin(QWidget *parent)
 
 VorLogin::~VorLogin() = default;
 
+void VorLogin::showEvent(QShowEvent *event)
+{
+    if (!event->spontaneous())
+        placeOnUsersScreen(this);
+    QWidget::showEvent(event);
+}
+
 void VorLogin::on_pushButtonLogin_clicked()
 {
     // A pasted code may carry line breaks and blanks; they become single blanks, which the decoding skips.
@@ -49,7 +57,7 @@ void VorLogin::on_pushButtonLogin_clicked()
 void VorLogin::loginMessage(QString message)
 {
     if (message.isEmpty()) {
-        VorData::instance()->mainWindow()->show();
+        VorData::instance()->mainWindow()->showForSession();
         hide();
         return;
     }

@@ -24,6 +24,9 @@ public slots:
     // The login worker's result: empty on success, otherwise the message to show.
     void loginMessage(QString message);
 
+protected:
+    void showEvent(QShowEvent *event) override;
+
 private:
     std::unique_ptr<Ui::VorLogin> ui;
 };

@@ -1,13 +1,15 @@
 #!/usr/bin/env bash
 # Installs the Debian 12 packages that are missing: those to build and run the client, and with --test
 # those the test suite needs as well (a real OpenSSH server, python3-asyncssh for the scripted misbehaving
-# SFTP server, clang for the fuzz target).
+# SFTP server, clang for the fuzz target); with --screenshots the virtual X server that
+# scripts/screenshots.sh pictures the program in.
 set -euo pipefail
 
 packages=(cmake ninja-build g++ pkg-config qtbase5-dev qttranslations5-l10n libssh2-1-dev fonts-noto-cjk)
-if [[ "${1:-}" == "--test" ]]; then
-    packages+=(openssh-server openssh-client python3-asyncssh clang libclang-rt-14-dev)
-fi
+case "${1:-}" in
+--test) packages+=(openssh-server openssh-client python3-asyncssh clang libclang-rt-14-dev) ;;
+--screenshots) packages+=(xvfb xauth) ;;
+esac
 
 missing=()
 for package in "${packages[@]}"; do

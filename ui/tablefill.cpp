@@ -1,14 +1,33 @@
 #include "ui/tablefill.h"
 
+#include <QApplication>
+#include <QCheckBox>
 #include <QCoreApplication>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QStyledItemDelegate>
 #include <QTableWidget>
 
 namespace TableFill {
 
-void begin(QTableWidget *table)
+namespace {
+
+class WholeCellDelegate : public QStyledItemDelegate
 {
-    table->setUpdatesEnabled(false);
-    table->viewport()->hide();
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    void updateEditorGeometry(QWidget *editor, const QStyleOptionViewItem &option, const QModelIndex &) const override
+    {
+        editor->setGeometry(option.rect);
+    }
+};
+
+} // namespace
+
+void giveCellWidgetsWholeCells(QTableWidget *table)
+{
+    table->setItemDelegate(new WholeCellDelegate(table));
 }
 
 bool isPauseRow(int row)
@@ -21,33 +40,12 @@ void letPostedEventsThrough()
     QCoreApplication::sendPostedEvents();
 }
 
-// Shows the cells of a filled table as one piece: each cell made visible asks for a repaint of its own,
-// and thousands of those cost far more than one repaint of the viewport.
-void showCells(QTableWidget *table)
-{
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::UpdateLater); // whatever else waits is painted as usual
-    table->viewport()->show();
-    QCoreApplication::removePostedEvents(nullptr, QEvent::UpdateLater); // now only the cells' own requests
-    table->viewport()->update();
-}
-
-void end(QTableWidget *table)
-{
-    table->doItemsLayout(); // every cell is placed while nothing can be repainted
-    letPostedEventsThrough();
-    table->setUpdatesEnabled(true); // marks no cell for repaint: none is visible yet
-    // A table out of sight keeps its viewport hidden; the page shows the cells when it is shown itself.
-    if (table->isVisible())
-        showCells(table);
-}
-
 // Set by a cell on itself while one of its own actions runs; that action may be what redraws the table.
 const char CellBusyProperty[] = "cellBusy";
 
 // Deleted now, in the order they were made, rather than later by the table: the old rows never share
-// memory with the new ones, and each cell leaves from the front of its parent's list of children. A cell
-// whose own action is still running is left to the table, which deletes it once control is back in the
-// event loop.
+// memory with the new ones. A cell whose own action is still running is left to the table, which deletes
+// it once control is back in the event loop.
 void deleteCellWidgets(QTableWidget *table, std::initializer_list<int> columns)
 {
     for (int row = 0; row < table->rowCount(); ++row) {
@@ -84,6 +82,115 @@ bool Redraw::fillRows(int count, const std::function<void(int row)> &fillRow)
         }
     }
     return true;
+}
+
+LazyRows::LazyRows(QTableWidget *table, BuildRow buildRow)
+    : m_table(table)
+    , m_buildRow(std::move(buildRow))
+{
+}
+
+void LazyRows::reset(int count)
+{
+    m_checked.fill(false, count);
+    m_boxes.fill(nullptr, count);
+}
+
+// A table out of sight builds nothing: its cells would be measured before the style reached them, and
+// the user may never look at it before the next listing.
+int LazyRows::cellsHeight(int row) const
+{
+    int height = 0;
+    for (int column = 0; column < m_table->columnCount(); ++column) {
+        if (QWidget *cell = m_table->cellWidget(row, column))
+            height = qMax(height, cell->sizeHint().height());
+    }
+    return height;
+}
+
+bool LazyRows::buildRowsInView()
+{
+    if (!m_table->isVisible() || m_boxes.isEmpty())
+        return false;
+    const int first = qMax(0, m_table->rowAt(0));
+    int last = m_table->rowAt(m_table->viewport()->height() - 1);
+    if (last < 0)
+        last = m_boxes.size() - 1;
+    // A screenful either side stays built, so that scrolling back a little finds its rows ready.
+    const int kept = last - first + 1;
+    releaseRowsOutside(first - kept, last + kept);
+
+    QHeaderView *rows = m_table->verticalHeader();
+    int height = rows->defaultSectionSize();
+    bool built = false;
+    for (int row = first; row <= last; ++row) {
+        if (m_boxes.at(row))
+            continue;
+        m_buildRow(row);
+        height = qMax(height, cellsHeight(row));
+        built = true;
+    }
+    // All rows are alike; the height the built ones need is given to every row at once, and once it is
+    // known a new listing starts with it.
+    if (height != rows->defaultSectionSize())
+        rows->setDefaultSectionSize(height);
+    return built;
+}
+
+// Every cell widget the view moves along when it scrolls, and compares when it repaints, costs time in
+// each step; the rows far out of view give theirs back and keep only their state.
+void LazyRows::releaseRowsOutside(int first, int last)
+{
+    // A row action waiting on a dialog (a confirmation, a new name) still needs its cell afterwards.
+    if (QApplication::activeModalWidget())
+        return;
+    for (int row = 0; row < m_boxes.size(); ++row) {
+        if (!m_boxes.at(row) || (row >= first && row <= last))
+            continue;
+        bool busy = false;
+        for (int column = 0; column < m_table->columnCount(); ++column) {
+            QWidget *cell = m_table->cellWidget(row, column);
+            busy = busy || (cell && cell->property(CellBusyProperty).toBool());
+        }
+        if (busy)
+            continue;
+        for (int column = 0; column < m_table->columnCount(); ++column) {
+            QWidget *cell = m_table->cellWidget(row, column);
+            m_table->removeCellWidget(row, column); // the view forgets it, and would delete it later
+            delete cell;
+        }
+        m_boxes[row] = nullptr;
+    }
+}
+
+QWidget *LazyRows::makeCheckCell(int row)
+{
+    auto *cell = new QWidget(m_table);
+    auto *layout = new QHBoxLayout(cell);
+    layout->setContentsMargins(0, 0, 0, 0);
+    auto *box = new QCheckBox(cell);
+    box->setChecked(m_checked.at(row));
+    layout->addWidget(box, 0, Qt::AlignCenter);
+    QObject::connect(box, &QCheckBox::toggled, m_table, [this, row](bool checked) { m_checked[row] = checked; });
+    m_boxes[row] = box;
+    return cell;
+}
+
+void LazyRows::setAllChecked(bool checked)
+{
+    m_checked.fill(checked);
+    for (QCheckBox *box : qAsConst(m_boxes)) {
+        if (box)
+            box->setChecked(checked);
+    }
+}
+
+void LazyRows::clickCheckBox(int row)
+{
+    if (QCheckBox *box = m_boxes.at(row))
+        box->click();
+    else
+        m_checked[row] = !m_checked.at(row);
 }
 
 } // namespace TableFill

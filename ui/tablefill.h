@@ -1,24 +1,27 @@
 #pragma once
 
+#include <QVector>
+
 #include <functional>
 #include <initializer_list>
 
+class QCheckBox;
 class QTableWidget;
+class QWidget;
 
-// Filling a table with thousands of rows of cell widgets without letting Qt's per-widget bookkeeping grow
-// with the square of the row count: the pages call begin(), then fill their rows and let the posted events
-// through every RowsBetweenPauses rows, then end().
+// Filling a page's table with thousands of rows. A row's cell widgets cost about a millisecond and some
+// tens of kilobytes each, so the fill puts in only the text items; the widgets of a row are made when the
+// row first comes into view, and what the user may change before that (the row's check box) is kept here.
 namespace TableFill {
 
 const int RowsBetweenPauses = 64;
 
-void begin(QTableWidget *table);
 bool isPauseRow(int row);
 void letPostedEventsThrough();
-// Shows the cells of a filled table as one piece: each cell made visible asks for a repaint of its own,
-// and thousands of those cost far more than one repaint of the viewport.
-void showCells(QTableWidget *table);
-void end(QTableWidget *table);
+
+// Lets the cell widgets of a table cover their whole cells: the style's item padding is meant for the text
+// items, and would take from each cell widget the room its column was sized to give it.
+void giveCellWidgetsWholeCells(QTableWidget *table);
 
 // Set by a cell on itself while one of its own actions runs; that action may be what redraws the table.
 extern const char CellBusyProperty[];
@@ -43,6 +46,40 @@ public:
 private:
     bool m_running = false;
     bool m_again = false;
+};
+
+// The rows of a table whose cell widgets are made once they come into view, each with its check box in
+// column 0; the checked state of every row lives here, so that checking all rows reaches the rows not
+// built yet.
+class LazyRows
+{
+public:
+    using BuildRow = std::function<void(int row)>;
+
+    LazyRows(QTableWidget *table, BuildRow buildRow);
+
+    // Forgets the old rows (their widgets are the table's to delete) and takes count new, unchecked ones.
+    void reset(int count);
+    // Makes the widgets of the rows in view that have none yet, and gives every row the height they need;
+    // false when there was nothing to make.
+    bool buildRowsInView();
+    // The check cell of a row being built: a centred check box that keeps the row's state.
+    QWidget *makeCheckCell(int row);
+
+    int count() const { return m_checked.size(); }
+    bool isChecked(int row) const { return m_checked.at(row); }
+    void setAllChecked(bool checked);
+    // What a click on the row does to its check box, built or not.
+    void clickCheckBox(int row);
+
+private:
+    int cellsHeight(int row) const;
+    void releaseRowsOutside(int first, int last);
+
+    QTableWidget *m_table;
+    BuildRow m_buildRow;
+    QVector<bool> m_checked;
+    QVector<QCheckBox *> m_boxes; // null for a row not built yet
 };
 
 } // namespace TableFill

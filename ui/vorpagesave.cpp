@@ -10,10 +10,7 @@
 #include "ui/vorsavedirfile.h"
 #include "ui/vorsavehandle.h"
 
-#include <QCheckBox>
-#include <QCoreApplication>
 #include <QFileDialog>
-#include <QHBoxLayout>
 #include <QMenu>
 #include <QScrollBar>
 #include <QShowEvent>
@@ -41,14 +38,6 @@ const char *boolText(bool value)
     return value ? "true" : "false";
 }
 
-// Rows of cell widgets meet two costs in Qt that grow with the square of the number of widgets: a layout
-// request posted to a widget that already waits for an event is compared with every event in the queue,
-// and every widget marked for repaint is compared with all of its siblings. A fill therefore hides the
-// viewport (its cells then post nothing to it and ask for no repaint of their own), lets the posted
-// events through every few dozen rows so that the queue stays short, and repaints the viewport as a whole
-// once the rows are in. For the same reason the viewport is hidden while the page is out of sight, so
-// that showing the page again does not show every cell one by one.
-
 } // namespace
 
 VorPageSave::VorPageSave(QWidget *parent)
@@ -56,6 +45,7 @@ VorPageSave::VorPageSave(QWidget *parent)
     , ui(std::make_unique<Ui::VorPageSave>())
 {
     ui->setupUi(this);
+    m_rows = std::make_unique<TableFill::LazyRows>(ui->tableWidget, [this](int row) { buildRow(row); });
 
     m_header = new SCheckBoxHeaderView(Qt::Horizontal, this);
     ui->tableWidget->setHorizontalHeader(m_header);
@@ -66,6 +56,12 @@ VorPageSave::VorPageSave(QWidget *parent)
 
     // The scroll bar comes and goes after a redraw has been laid out; the name column must follow.
     ui->tableWidget->verticalScrollBar()->installEventFilter(this);
+    // Rows get their cells as they come into view, by scrolling or by a taller table.
+    ui->tableWidget->viewport()->installEventFilter(this);
+    connect(ui->tableWidget->verticalScrollBar(), &QScrollBar::valueChanged, this, &VorPageSave::buildRowsInView);
+    // Columns are measured by the rows in view, the only ones with cells.
+    m_header->setResizeContentsPrecision(0);
+    TableFill::giveCellWidgetsWholeCells(ui->tableWidget);
 }
 
 VorPageSave::~VorPageSave() = default;
@@ -104,62 +100,62 @@ void VorPageSave::dataUpdateSaveFileInfo()
 void VorPageSave::redrawTable()
 {
     QTableWidget *table = ui->tableWidget;
-    TableFill::begin(table);
+    table->setUpdatesEnabled(false);
     removeRows();
 
     m_entries = VorData::instance()->fileInfos();
     VOR_LOG(3, m_entries.size());
     table->setRowCount(m_entries.size());
-    m_checkBoxes.reserve(m_entries.size());
-    if (!m_redraw.fillRows(m_entries.size(), [this](int row) { fillRow(row, m_entries.at(row)); })) {
-        TableFill::end(table); // the store has replaced the rows this fill was reading
-        return;
+    m_rows->reset(m_entries.size());
+    table->setColumnWidth(NameColumn, NameColumnStartWidth); // overridden once the rows are in
+    const bool complete = m_redraw.fillRows(m_entries.size(), [this](int row) { fillRow(row, m_entries.at(row)); });
+    // Otherwise the store has replaced the rows this fill was reading, and the next fill follows.
+    if (complete) {
+        m_rows->buildRowsInView();
+        resizeTable();
     }
-
-    table->resizeColumnsToContents();
-    table->resizeRowsToContents();
-    resizeTable();
-    TableFill::end(table);
+    table->setUpdatesEnabled(true);
 }
 
 void VorPageSave::removeRows()
 {
-    qDeleteAll(m_checkBoxes);
-    m_checkBoxes.clear();
     TableFill::deleteCellWidgets(ui->tableWidget, { CheckColumn, NameColumn, HandleColumn });
+    m_rows->reset(0);
     ui->tableWidget->clearContents();
 }
 
+// The text columns of every row; the cell widgets follow when the row comes into view.
 void VorPageSave::fillRow(int row, FileEntry *entry)
 {
     QTableWidget *table = ui->tableWidget;
-    table->setCellWidget(row, CheckColumn, makeCheckCell());
-
-    auto *dirFile = new VorSaveDirFile(table);
-    dirFile->setDirFile(entry->name, entry->isDir);
-    table->setCellWidget(row, NameColumn, dirFile);
-    table->setColumnWidth(NameColumn, NameColumnStartWidth); // the final width is set once all rows are in
-
     table->setItem(row, StorageColumn, centredItem(entry->storageClass));
     table->setItem(row, SizeColumn, centredItem(entry->size));
     table->setItem(row, ModifiedColumn, centredItem(entry->modified.toString(QLatin1String(DateFormat))));
+}
+
+void VorPageSave::buildRow(int row)
+{
+    QTableWidget *table = ui->tableWidget;
+    FileEntry *entry = m_entries.at(row);
+    table->setCellWidget(row, CheckColumn, m_rows->makeCheckCell(row));
+    auto *dirFile = new VorSaveDirFile(table);
+    dirFile->setDirFile(entry->name, entry->isDir);
+    table->setCellWidget(row, NameColumn, dirFile);
     table->setCellWidget(row, HandleColumn, new VorSaveHandle(entry, table));
 }
 
-QWidget *VorPageSave::makeCheckCell()
+void VorPageSave::buildRowsInView()
 {
-    auto *cell = new QWidget(ui->tableWidget);
-    auto *layout = new QHBoxLayout(cell);
-    layout->setContentsMargins(0, 0, 0, 0);
-    auto *box = new QCheckBox(cell);
-    layout->addWidget(box, 0, Qt::AlignCenter);
-    m_checkBoxes.append(box);
-    return cell;
+    if (!m_redraw.isRunning() && m_rows->buildRowsInView())
+        resizeTable();
 }
 
 void VorPageSave::resizeTable()
 {
     QTableWidget *table = ui->tableWidget;
+    // Out of sight the columns would be measured by every row; they are sized when the page is shown.
+    if (!table->isVisible())
+        return;
     // The stretched last column would otherwise count with the room it was given last time, not with
     // what its buttons need, and keep that room from the name column.
     m_header->setStretchLastSection(false);
@@ -182,22 +178,14 @@ void VorPageSave::resizeTable()
 void VorPageSave::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
-    if (!event->spontaneous() && !m_redraw.isRunning() && ui->tableWidget->viewport()->isHidden())
-        TableFill::showCells(ui->tableWidget);
-    // Rows filled while the page was out of sight were measured before the style sheet reached their
-    // cells; the columns are sized again once the page is on screen.
-    if (!event->spontaneous())
-        QTimer::singleShot(0, this, [this] {
-            if (!m_redraw.isRunning())
-                resizeTable();
-        });
-}
-
-void VorPageSave::hideEvent(QHideEvent *event)
-{
-    QWidget::hideEvent(event);
-    if (!event->spontaneous() && !m_redraw.isRunning())
-        ui->tableWidget->viewport()->hide();
+    if (event->spontaneous())
+        return;
+    buildRowsInView();
+    // Cells shown for the first time take their style only now; the columns follow once it is applied.
+    QTimer::singleShot(0, this, [this] {
+        if (!m_redraw.isRunning())
+            resizeTable();
+    });
 }
 
 void VorPageSave::resizeEvent(QResizeEvent *event)
@@ -211,14 +199,15 @@ bool VorPageSave::eventFilter(QObject *watched, QEvent *event)
     if (watched == ui->tableWidget->verticalScrollBar()
         && (event->type() == QEvent::Show || event->type() == QEvent::Hide))
         resizeTable();
+    if (watched == ui->tableWidget->viewport() && event->type() == QEvent::Resize)
+        buildRowsInView();
     return QWidget::eventFilter(watched, event);
 }
 
 void VorPageSave::checkStausChange(bool checked)
 {
     VOR_LOG(3, boolText(checked));
-    for (QCheckBox *box : qAsConst(m_checkBoxes))
-        box->setChecked(checked);
+    m_rows->setAllChecked(checked);
 }
 
 void VorPageSave::actionFile()
@@ -244,8 +233,8 @@ void VorPageSave::on_pushButtonDown_clicked()
 {
     const QList<FileEntry *> &entries = VorData::instance()->fileInfos();
     QList<FileEntry *> checked;
-    for (int i = 0; i < m_checkBoxes.size() && i < entries.size(); ++i) {
-        if (m_checkBoxes.at(i)->isChecked())
+    for (int i = 0; i < m_rows->count() && i < entries.size(); ++i) {
+        if (m_rows->isChecked(i))
             checked.append(entries.at(i));
     }
     VOR_LOG(3, checked.size());
@@ -285,6 +274,6 @@ void VorPageSave::on_pushButtonMkDir_clicked()
 void VorPageSave::on_tableWidget_cellClicked(int row, int column)
 {
     VOR_LOG(3, row, column);
-    if (row >= 0 && row < m_checkBoxes.size())
-        m_checkBoxes.at(row)->click();
+    if (row >= 0 && row < m_rows->count())
+        m_rows->clickCheckBox(row);
 }

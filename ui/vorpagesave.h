@@ -9,7 +9,6 @@
 #include <memory>
 
 class QAction;
-class QCheckBox;
 class QMenu;
 class QTableWidgetItem;
 class SCheckBoxHeaderView;
@@ -46,7 +45,6 @@ private slots:
 
 protected:
     void showEvent(QShowEvent *event) override;
-    void hideEvent(QHideEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
 
@@ -55,14 +53,15 @@ private:
     void redrawTable();
     void removeRows();
     void fillRow(int row, FileEntry *entry);
-    QWidget *makeCheckCell();
+    void buildRow(int row);
+    void buildRowsInView();
 
     std::unique_ptr<Ui::VorPageSave> ui;
     SCheckBoxHeaderView *m_header = nullptr;
-    QList<QCheckBox *> m_checkBoxes;
     QMenu *m_menuUpload = nullptr;
     QAction *m_actionFile = nullptr;
     QAction *m_actionDir = nullptr;
     QList<FileEntry *> m_entries; // the store's records shown in the rows, in row order
     TableFill::Redraw m_redraw;
+    std::unique_ptr<TableFill::LazyRows> m_rows;
 };

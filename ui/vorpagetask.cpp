@@ -11,9 +11,6 @@
 #include "ui/vortaskhandle.h"
 #include "ui/vortaskstatus.h"
 
-#include <QCheckBox>
-#include <QCoreApplication>
-#include <QHBoxLayout>
 #include <QListView>
 #include <QScrollBar>
 #include <QShowEvent>
@@ -50,14 +47,6 @@ const char *boolText(bool value)
     return value ? "true" : "false";
 }
 
-// Rows of cell widgets meet two costs in Qt that grow with the square of the number of widgets: a layout
-// request posted to a widget that already waits for an event is compared with every event in the queue,
-// and every widget marked for repaint is compared with all of its siblings. A fill therefore hides the
-// viewport (its cells then post nothing to it and ask for no repaint of their own), lets the posted
-// events through every few dozen rows so that the queue stays short, and repaints the viewport as a whole
-// once the rows are in. For the same reason the viewport is hidden while the page is out of sight, so
-// that showing the page again does not show every cell one by one.
-
 } // namespace
 
 VorPageTask::VorPageTask(QWidget *parent)
@@ -65,6 +54,7 @@ VorPageTask::VorPageTask(QWidget *parent)
     , ui(std::make_unique<Ui::VorPageTask>())
 {
     ui->setupUi(this);
+    m_rows = std::make_unique<TableFill::LazyRows>(ui->tableWidget, [this](int row) { buildRow(row); });
     // A plain list view lets the style sheet reach the drop-down lists.
     ui->comboBoxType->setView(new QListView(ui->comboBoxType));
     ui->comboBoxStatus->setView(new QListView(ui->comboBoxStatus));
@@ -77,6 +67,12 @@ VorPageTask::VorPageTask(QWidget *parent)
 
     // The scroll bar comes and goes after a redraw has been laid out; the name column must follow.
     ui->tableWidget->verticalScrollBar()->installEventFilter(this);
+    // Rows get their cells as they come into view, by scrolling or by a taller table.
+    ui->tableWidget->viewport()->installEventFilter(this);
+    connect(ui->tableWidget->verticalScrollBar(), &QScrollBar::valueChanged, this, &VorPageTask::buildRowsInView);
+    // Columns are measured by the rows in view, the only ones with cells.
+    m_header->setResizeContentsPrecision(0);
+    TableFill::giveCellWidgetsWholeCells(ui->tableWidget);
 }
 
 VorPageTask::~VorPageTask() = default;
@@ -105,60 +101,62 @@ void VorPageTask::dataUpdateTaskInfo()
 void VorPageTask::redrawTable()
 {
     QTableWidget *table = ui->tableWidget;
-    TableFill::begin(table);
+    table->setUpdatesEnabled(false);
     removeRows();
 
     m_tasks = VorData::instance()->tasks();
     VOR_LOG(3, m_tasks.size());
     table->setRowCount(m_tasks.size());
-    m_checkBoxes.reserve(m_tasks.size());
-    if (!m_redraw.fillRows(m_tasks.size(), [this](int row) { fillRow(row, m_tasks.at(row)); })) {
-        TableFill::end(table); // the store has replaced the rows this fill was reading
-        return;
+    m_rows->reset(m_tasks.size());
+    table->setColumnWidth(NameColumn, NameColumnStartWidth); // overridden once the rows are in
+    const bool complete = m_redraw.fillRows(m_tasks.size(), [this](int row) { fillRow(row, m_tasks.at(row)); });
+    // Otherwise the store has replaced the rows this fill was reading, and the next fill follows.
+    if (complete) {
+        m_rows->buildRowsInView();
+        resizeTable();
     }
-
-    table->resizeColumnsToContents();
-    table->resizeRowsToContents();
-    resizeTable();
-    TableFill::end(table);
+    table->setUpdatesEnabled(true);
 }
 
 void VorPageTask::removeRows()
 {
-    qDeleteAll(m_checkBoxes);
-    m_checkBoxes.clear();
     TableFill::deleteCellWidgets(ui->tableWidget, { CheckColumn, NameColumn, ProgressColumn, HandleColumn });
+    m_rows->reset(0);
     ui->tableWidget->clearContents();
 }
 
+// The text columns of every row; the cell widgets follow when the row comes into view.
 void VorPageTask::fillRow(int row, TaskInfo *task)
 {
     QTableWidget *table = ui->tableWidget;
-    table->setCellWidget(row, CheckColumn, makeCheckCell());
-    table->setCellWidget(row, NameColumn, new VorTaskDirFile(task, table));
-    table->setColumnWidth(NameColumn, NameColumnStartWidth); // the final width is set once all rows are in
     table->setItem(row, TypeColumn, centredItem(task->type));
     table->setItem(row, StatusColumn, centredItem(statusText(task->status)));
     table->setItem(row, SizeColumn, centredItem(task->size));
-    table->setCellWidget(row, ProgressColumn, new VorTaskStatus(task, table));
     table->setItem(row, CreatedColumn, centredItem(task->created.toString(QLatin1String(DateFormat))));
+}
+
+void VorPageTask::buildRow(int row)
+{
+    QTableWidget *table = ui->tableWidget;
+    TaskInfo *task = m_tasks.at(row);
+    table->setCellWidget(row, CheckColumn, m_rows->makeCheckCell(row));
+    table->setCellWidget(row, NameColumn, new VorTaskDirFile(task, table));
+    table->setCellWidget(row, ProgressColumn, new VorTaskStatus(task, table));
     table->setCellWidget(row, HandleColumn, new VorTaskHandle(task, table));
 }
 
-QWidget *VorPageTask::makeCheckCell()
+void VorPageTask::buildRowsInView()
 {
-    auto *cell = new QWidget(ui->tableWidget);
-    auto *layout = new QHBoxLayout(cell);
-    layout->setContentsMargins(0, 0, 0, 0);
-    auto *box = new QCheckBox(cell);
-    layout->addWidget(box, 0, Qt::AlignCenter);
-    m_checkBoxes.append(box);
-    return cell;
+    if (!m_redraw.isRunning() && m_rows->buildRowsInView())
+        resizeTable();
 }
 
 void VorPageTask::resizeTable()
 {
     QTableWidget *table = ui->tableWidget;
+    // Out of sight the columns would be measured by every row; they are sized when the page is shown.
+    if (!table->isVisible())
+        return;
     table->resizeColumnsToContents();
     table->setColumnWidth(CheckColumn, CheckColumnWidth);
 
@@ -179,22 +177,14 @@ void VorPageTask::resizeTable()
 void VorPageTask::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
-    if (!event->spontaneous() && !m_redraw.isRunning() && ui->tableWidget->viewport()->isHidden())
-        TableFill::showCells(ui->tableWidget);
-    // Rows filled while the page was out of sight were measured before the style sheet reached their
-    // cells; the columns are sized again once the page is on screen.
-    if (!event->spontaneous())
-        QTimer::singleShot(0, this, [this] {
-            if (!m_redraw.isRunning())
-                resizeTable();
-        });
-}
-
-void VorPageTask::hideEvent(QHideEvent *event)
-{
-    QWidget::hideEvent(event);
-    if (!event->spontaneous() && !m_redraw.isRunning())
-        ui->tableWidget->viewport()->hide();
+    if (event->spontaneous())
+        return;
+    buildRowsInView();
+    // Cells shown for the first time take their style only now; the columns follow once it is applied.
+    QTimer::singleShot(0, this, [this] {
+        if (!m_redraw.isRunning())
+            resizeTable();
+    });
 }
 
 void VorPageTask::resizeEvent(QResizeEvent *event)
@@ -208,6 +198,8 @@ bool VorPageTask::eventFilter(QObject *watched, QEvent *event)
     if (watched == ui->tableWidget->verticalScrollBar()
         && (event->type() == QEvent::Show || event->type() == QEvent::Hide))
         resizeTable();
+    if (watched == ui->tableWidget->viewport() && event->type() == QEvent::Resize)
+        buildRowsInView();
     return QWidget::eventFilter(watched, event);
 }
 
@@ -221,16 +213,15 @@ void VorPageTask::dataUpdateLocation(bool pub, bool pri)
 void VorPageTask::checkStausChange(bool checked)
 {
     VOR_LOG(3, boolText(checked));
-    for (QCheckBox *box : qAsConst(m_checkBoxes))
-        box->setChecked(checked);
+    m_rows->setAllChecked(checked);
 }
 
 void VorPageTask::on_pushButtonDelete_clicked()
 {
     const QList<TaskInfo *> tasks = VorData::instance()->tasks();
     QList<int> ids;
-    for (int i = 0; i < m_checkBoxes.size() && i < tasks.size(); ++i) {
-        if (m_checkBoxes.at(i)->isChecked())
+    for (int i = 0; i < m_rows->count() && i < tasks.size(); ++i) {
+        if (m_rows->isChecked(i))
             ids.append(tasks.at(i)->id);
     }
     VOR_LOG(3, ids);

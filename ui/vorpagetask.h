@@ -8,7 +8,6 @@
 #include <QWidget>
 #include <memory>
 
-class QCheckBox;
 class SCheckBoxHeaderView;
 
 namespace Ui {
@@ -38,7 +37,6 @@ private slots:
 
 protected:
     void showEvent(QShowEvent *event) override;
-    void hideEvent(QHideEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
 
@@ -46,12 +44,13 @@ private:
     void redrawTable();
     void removeRows();
     void fillRow(int row, TaskInfo *task);
-    QWidget *makeCheckCell();
+    void buildRow(int row);
+    void buildRowsInView();
     void resizeTable();
 
     std::unique_ptr<Ui::VorPageTask> ui;
     SCheckBoxHeaderView *m_header = nullptr;
-    QList<QCheckBox *> m_checkBoxes;
     QList<TaskInfo *> m_tasks; // the store's records shown in the rows, in row order
     TableFill::Redraw m_redraw;
+    std::unique_ptr<TableFill::LazyRows> m_rows;
 };
