@@ -5,7 +5,7 @@ Any user name and password sign in. Every folder reads as the mode given on the 
   stall     five entries, then no answer to the next read, ever
   endless   entries without end
   longname  "a", a name of 600 bytes and "b", all in one reply
-  slow      two replies of two entries and the end, each after 0.6 s
+  slow      three replies of two entries and the end, each after 0.8 s
 """
 import asyncio
 import sys
@@ -27,7 +27,7 @@ def batches():
     if MODE == "longname":
         yield [entry(b"a"), entry(b"L" * 600), entry(b"b")]
     elif MODE == "slow":
-        for reply in range(2):
+        for reply in range(3):
             yield [entry(b"s%d" % (2 * reply + i)) for i in range(2)]
     elif MODE == "stall":
         yield [entry(b"e%d" % i) for i in range(5)]
@@ -47,7 +47,7 @@ async def readdir(handler, packet):
     reader = readers.setdefault(handle, batches())
     names = next(reader, [])
     if MODE == "slow":
-        await asyncio.sleep(0.6)
+        await asyncio.sleep(0.8)
     if names is None:
         await asyncio.Event().wait()  # silent from here on
     if not names:

@@ -301,9 +301,11 @@ void TestSdkSftpListing::misbehavingServer_data()
 
     QTest::newRow("entry after a 600-byte name")
         << "longname" << QStringList({ "a", QString(600, 'L'), "b" }) << QString();
-    QTest::newRow("slow but answering is not dead") << "slow" << QStringList({ "s0", "s1", "s2", "s3" }) << QString();
+    // Each reply well inside the time-out, all of them together well beyond it.
+    QTest::newRow("slow but answering is not dead")
+        << "slow" << QStringList({ "s0", "s1", "s2", "s3", "s4", "s5" }) << QString();
     QTest::newRow("silent mid-listing: rows read so far") << "stall" << QStringList({ "e0", "e1", "e2", "e3", "e4" })
-                                                          << "服务器已1秒没有响应，连接已失效，请退出后重新登录！";
+                                                          << "服务器已2秒没有响应，连接已失效，请退出后重新登录！";
     QTest::newRow("endless folder is cut") << "endless" << QStringList({ "n0", "n1", "n2", "n3", "n4", "n5", "n6" })
                                            << "文件夹内容超过7项，只显示了前7项！";
 }
@@ -325,7 +327,7 @@ void TestSdkSftpListing::misbehavingServer()
     bool connected = false;
     std::unique_ptr<SdkSftp> backend = connectBackend(code, &connected);
     QVERIFY2(connected, qPrintable(backend->lastError));
-    backend->setSessionTimeout(1000);
+    backend->setSessionTimeout(2000);
     backend->setListingLimit(7);
 
     names.sort();
