@@ -171,6 +171,12 @@ void TestSdkSftpListing::listsOneEntry()
             QCOMPARE(entry->size, size);
         QCOMPARE(entry->modified, QDateTime::fromSecsSinceEpoch(info.st_mtime));
         QCOMPARE(m_backend->hasError, false);
+        // The first size seen for a path sticks for the session, even once the file has grown.
+        if (bytes >= 0) {
+            QVERIFY(m_server.writeFile(relative, QByteArray(bytes + 4096, 'x')));
+            const Listing again(m_backend->getFileInfo(QStringLiteral("/user-01/") + folder, QString()));
+            QCOMPARE(again.find(listedName)->size, entry->size);
+        }
     } else {
         // "my" does not exist: its stat fails, and the entry keeps the line's byte count and no time.
         QCOMPARE(entry->size, QString::number(bytes));
