@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QSignalBlocker>
 #include <QStyledItemDelegate>
 #include <QTableWidget>
 
@@ -84,16 +85,35 @@ bool Redraw::fillRows(int count, const std::function<void(int row)> &fillRow)
     return true;
 }
 
-LazyRows::LazyRows(QTableWidget *table, BuildRow buildRow)
+namespace {
+const char RowProperty[] = "lazyRow";
+}
+
+LazyRows::LazyRows(QTableWidget *table, BuildRow buildRow, RebindRow rebindRow)
     : m_table(table)
     , m_buildRow(std::move(buildRow))
+    , m_rebindRow(std::move(rebindRow))
 {
+}
+
+LazyRows::~LazyRows()
+{
+    dropSpareCells();
 }
 
 void LazyRows::reset(int count)
 {
+    // The spare cells point to records of the old listing, which the store frees.
+    dropSpareCells();
     m_checked.fill(false, count);
     m_boxes.fill(nullptr, count);
+}
+
+void LazyRows::dropSpareCells()
+{
+    for (const QVector<QWidget *> &cells : qAsConst(m_spareCells))
+        qDeleteAll(cells);
+    m_spareCells.clear();
 }
 
 // A table out of sight builds nothing: its cells would be measured before the style reached them, and
@@ -126,7 +146,10 @@ bool LazyRows::buildRowsInView()
     for (int row = first; row <= last; ++row) {
         if (m_boxes.at(row))
             continue;
-        m_buildRow(row);
+        if (m_spareCells.isEmpty())
+            m_buildRow(row);
+        else
+            reuseCells(row, m_spareCells.takeLast());
         height = qMax(height, cellsHeight(row));
         built = true;
     }
@@ -154,12 +177,40 @@ void LazyRows::releaseRowsOutside(int first, int last)
         }
         if (busy)
             continue;
-        for (int column = 0; column < m_table->columnCount(); ++column) {
-            QWidget *cell = m_table->cellWidget(row, column);
-            m_table->removeCellWidget(row, column); // the view forgets it, and would delete it later
-            delete cell;
-        }
+        m_spareCells << takeCells(row);
         m_boxes[row] = nullptr;
+    }
+}
+
+QVector<QWidget *> LazyRows::takeCells(int row)
+{
+    QVector<QWidget *> cells(m_table->columnCount(), nullptr);
+    for (int column = 0; column < cells.size(); ++column) {
+        QWidget *cell = m_table->cellWidget(row, column);
+        if (!cell)
+            continue;
+        m_table->removeCellWidget(row, column);
+        // The view forgets the cell and asks for its deletion later; it is kept for another row instead.
+        QCoreApplication::removePostedEvents(cell, QEvent::DeferredDelete);
+        cell->hide();
+        cells[column] = cell;
+    }
+    return cells;
+}
+
+void LazyRows::reuseCells(int row, const QVector<QWidget *> &cells)
+{
+    QCheckBox *box = cells.at(0) ? cells.at(0)->findChild<QCheckBox *>() : nullptr;
+    if (box) {
+        box->setProperty(RowProperty, row);
+        const QSignalBlocker quiet(box); // the row's own state, not a click
+        box->setChecked(m_checked.at(row));
+        m_boxes[row] = box;
+    }
+    m_rebindRow(row, cells);
+    for (int column = 0; column < cells.size(); ++column) {
+        if (cells.at(column))
+            m_table->setCellWidget(row, column, cells.at(column));
     }
 }
 
@@ -170,8 +221,10 @@ QWidget *LazyRows::makeCheckCell(int row)
     layout->setContentsMargins(0, 0, 0, 0);
     auto *box = new QCheckBox(cell);
     box->setChecked(m_checked.at(row));
+    box->setProperty(RowProperty, row);
     layout->addWidget(box, 0, Qt::AlignCenter);
-    QObject::connect(box, &QCheckBox::toggled, m_table, [this, row](bool checked) { m_checked[row] = checked; });
+    QObject::connect(box, &QCheckBox::toggled, m_table,
+                     [this, box](bool checked) { m_checked[box->property(RowProperty).toInt()] = checked; });
     m_boxes[row] = box;
     return cell;
 }

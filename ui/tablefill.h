@@ -55,8 +55,12 @@ class LazyRows
 {
 public:
     using BuildRow = std::function<void(int row)>;
+    // Gives the cells that a row out of view let go (indexed by column, null where a column has none) to
+    // another row's record; the check cell is rebound here.
+    using RebindRow = std::function<void(int row, const QVector<QWidget *> &cells)>;
 
-    LazyRows(QTableWidget *table, BuildRow buildRow);
+    LazyRows(QTableWidget *table, BuildRow buildRow, RebindRow rebindRow);
+    ~LazyRows();
 
     // Forgets the old rows (their widgets are the table's to delete) and takes count new, unchecked ones.
     void reset(int count);
@@ -75,11 +79,18 @@ public:
 private:
     int cellsHeight(int row) const;
     void releaseRowsOutside(int first, int last);
+    QVector<QWidget *> takeCells(int row);
+    void reuseCells(int row, const QVector<QWidget *> &cells);
+    void dropSpareCells();
 
     QTableWidget *m_table;
     BuildRow m_buildRow;
+    RebindRow m_rebindRow;
     QVector<bool> m_checked;
     QVector<QCheckBox *> m_boxes; // null for a row not built yet
+    // Cells of rows that left the view, hidden until a row coming into view takes them: making and styling
+    // a row's widgets costs far more than giving them another record.
+    QVector<QVector<QWidget *>> m_spareCells;
 };
 
 } // namespace TableFill

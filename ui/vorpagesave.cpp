@@ -45,7 +45,9 @@ VorPageSave::VorPageSave(QWidget *parent)
     , ui(std::make_unique<Ui::VorPageSave>())
 {
     ui->setupUi(this);
-    m_rows = std::make_unique<TableFill::LazyRows>(ui->tableWidget, [this](int row) { buildRow(row); });
+    m_rows = std::make_unique<TableFill::LazyRows>(
+        ui->tableWidget, [this](int row) { buildRow(row); },
+        [this](int row, const QVector<QWidget *> &cells) { rebindRow(row, cells); });
 
     m_header = new SCheckBoxHeaderView(Qt::Horizontal, this);
     ui->tableWidget->setHorizontalHeader(m_header);
@@ -142,6 +144,13 @@ void VorPageSave::buildRow(int row)
     dirFile->setDirFile(entry->name, entry->isDir);
     table->setCellWidget(row, NameColumn, dirFile);
     table->setCellWidget(row, HandleColumn, new VorSaveHandle(entry, table));
+}
+
+void VorPageSave::rebindRow(int row, const QVector<QWidget *> &cells)
+{
+    FileEntry *entry = m_entries.at(row);
+    static_cast<VorSaveDirFile *>(cells.at(NameColumn))->setDirFile(entry->name, entry->isDir);
+    static_cast<VorSaveHandle *>(cells.at(HandleColumn))->setEntry(entry);
 }
 
 void VorPageSave::buildRowsInView()

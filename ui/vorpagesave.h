@@ -54,6 +54,7 @@ private:
     void removeRows();
     void fillRow(int row, FileEntry *entry);
     void buildRow(int row);
+    void rebindRow(int row, const QVector<QWidget *> &cells);
     void buildRowsInView();
 
     std::unique_ptr<Ui::VorPageSave> ui;

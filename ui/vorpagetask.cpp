@@ -54,7 +54,9 @@ VorPageTask::VorPageTask(QWidget *parent)
     , ui(std::make_unique<Ui::VorPageTask>())
 {
     ui->setupUi(this);
-    m_rows = std::make_unique<TableFill::LazyRows>(ui->tableWidget, [this](int row) { buildRow(row); });
+    m_rows = std::make_unique<TableFill::LazyRows>(
+        ui->tableWidget, [this](int row) { buildRow(row); },
+        [this](int row, const QVector<QWidget *> &cells) { rebindRow(row, cells); });
     // A plain list view lets the style sheet reach the drop-down lists.
     ui->comboBoxType->setView(new QListView(ui->comboBoxType));
     ui->comboBoxStatus->setView(new QListView(ui->comboBoxStatus));
@@ -143,6 +145,14 @@ void VorPageTask::buildRow(int row)
     table->setCellWidget(row, NameColumn, new VorTaskDirFile(task, table));
     table->setCellWidget(row, ProgressColumn, new VorTaskStatus(task, table));
     table->setCellWidget(row, HandleColumn, new VorTaskHandle(task, table));
+}
+
+void VorPageTask::rebindRow(int row, const QVector<QWidget *> &cells)
+{
+    TaskInfo *task = m_tasks.at(row);
+    static_cast<VorTaskDirFile *>(cells.at(NameColumn))->setTask(task);
+    static_cast<VorTaskStatus *>(cells.at(ProgressColumn))->setTask(task);
+    static_cast<VorTaskHandle *>(cells.at(HandleColumn))->setTask(task);
 }
 
 void VorPageTask::buildRowsInView()

@@ -45,6 +45,7 @@ private:
     void removeRows();
     void fillRow(int row, TaskInfo *task);
     void buildRow(int row);
+    void rebindRow(int row, const QVector<QWidget *> &cells);
     void buildRowsInView();
     void resizeTable();
 

@@ -12,6 +12,7 @@ VorSaveDirFile::VorSaveDirFile(QWidget *parent)
     , ui(std::make_unique<Ui::VorSaveDirFile>())
 {
     ui->setupUi(this);
+    ui->widgetDirFile->installEventFilter(this);
 }
 
 VorSaveDirFile::~VorSaveDirFile() = default;
@@ -22,10 +23,11 @@ void VorSaveDirFile::setDirFile(const QString &name, bool isDir)
     ui->widgetDir->setVisible(isDir);
     ui->widgetFile->setVisible(!isDir);
     m_isDir = isDir;
-    if (isDir) {
-        ui->widgetDirFile->installEventFilter(this);
+    // The cell may have shown a folder for another row before.
+    if (isDir)
         ui->widgetDirFile->setCursor(Qt::PointingHandCursor);
-    }
+    else
+        ui->widgetDirFile->unsetCursor();
 }
 
 // A release after dragging off the name, or of another button, is not a click on the folder.
@@ -36,7 +38,7 @@ bool VorSaveDirFile::isLeftClickInside(const QMouseEvent *event) const
 
 bool VorSaveDirFile::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == ui->widgetDirFile && event->type() == QEvent::MouseButtonRelease
+    if (m_isDir && watched == ui->widgetDirFile && event->type() == QEvent::MouseButtonRelease
         && isLeftClickInside(static_cast<QMouseEvent *>(event))) {
         VOR_LOG(3, ui->label->text());
         // The listing that follows replaces this row while this filter still runs.

@@ -27,8 +27,14 @@ VorSaveHandle::VorSaveHandle(FileEntry *entry, QWidget *parent)
 {
     ui->setupUi(this);
     ui->pushButtonCopy->hide(); // links are not offered in this version
-    if (m_entry->name == QLatin1String(".."))
-        ui->widgetHandle->hide(); // the parent folder is not an object of this folder
+    setEntry(entry);
+}
+
+void VorSaveHandle::setEntry(FileEntry *entry)
+{
+    m_entry = entry;
+    // The parent folder is not an object of this folder.
+    ui->widgetHandle->setVisible(m_entry->name != QLatin1String(".."));
 }
 
 VorSaveHandle::~VorSaveHandle() = default;

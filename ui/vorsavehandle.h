@@ -18,6 +18,9 @@ public:
     explicit VorSaveHandle(FileEntry *entry, QWidget *parent = nullptr);
     ~VorSaveHandle() override;
 
+    // Makes the cell act for another entry, when the table gives it to another row.
+    void setEntry(FileEntry *entry);
+
 private slots:
     void on_pushButtonDown_clicked();
     void on_pushButtonDelete_clicked();

@@ -9,6 +9,12 @@ VorTaskDirFile::VorTaskDirFile(TaskInfo *task, QWidget *parent)
     , m_task(task)
 {
     ui->setupUi(this);
+    setTask(task);
+}
+
+void VorTaskDirFile::setTask(TaskInfo *task)
+{
+    m_task = task;
     ui->label->setText(m_task->name);
     ui->widgetDir->setVisible(m_task->isDir);
     ui->widgetFile->setVisible(!m_task->isDir);

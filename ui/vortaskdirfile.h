@@ -17,6 +17,9 @@ public:
     explicit VorTaskDirFile(TaskInfo *task, QWidget *parent = nullptr);
     ~VorTaskDirFile() override;
 
+    // Makes the cell show and act for another task, when the table gives it to another row.
+    void setTask(TaskInfo *task);
+
 private:
     std::unique_ptr<Ui::VorTaskDirFile> ui;
     TaskInfo *m_task = nullptr;

@@ -14,6 +14,11 @@ VorTaskHandle::VorTaskHandle(TaskInfo *task, QWidget *parent)
     ui->setupUi(this);
 }
 
+void VorTaskHandle::setTask(TaskInfo *task)
+{
+    m_task = task;
+}
+
 VorTaskHandle::~VorTaskHandle() = default;
 
 void VorTaskHandle::on_pushButtonStart_clicked()

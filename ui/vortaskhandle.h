@@ -18,6 +18,9 @@ public:
     explicit VorTaskHandle(TaskInfo *task, QWidget *parent = nullptr);
     ~VorTaskHandle() override;
 
+    // Makes the cell show and act for another task, when the table gives it to another row.
+    void setTask(TaskInfo *task);
+
 private slots:
     void on_pushButtonStart_clicked();
     void on_pushButtonPause_clicked();

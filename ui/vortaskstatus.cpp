@@ -15,6 +15,12 @@ VorTaskStatus::VorTaskStatus(TaskInfo *task, QWidget *parent)
                  QStringLiteral("#1890FF") })
 {
     ui->setupUi(this);
+    setTask(task);
+}
+
+void VorTaskStatus::setTask(TaskInfo *task)
+{
+    m_task = task;
     showStatus(m_task->status, m_task->progress);
 }
 

@@ -18,6 +18,9 @@ public:
     explicit VorTaskStatus(TaskInfo *task, QWidget *parent = nullptr);
     ~VorTaskStatus() override;
 
+    // Makes the cell show and act for another task, when the table gives it to another row.
+    void setTask(TaskInfo *task);
+
     // The bar colour of a status; statuses outside the known ones get a neutral grey.
     QString barColor(int status) const;
 

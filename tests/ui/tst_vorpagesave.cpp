@@ -103,8 +103,14 @@ QList<ListedEntry> entriesByShape(const QString &shape)
         return sampleShaped();
     if (shape == QLatin1String("sftp"))
         return sftpShaped();
-    if (shape == QLatin1String("many"))
-        return namedEntries(60);
+    if (shape == QLatin1String("many")) {
+        // Folders and files in a pattern that does not repeat within the listing, so that rows are given
+        // cells that showed the other kind before, whatever the number of rows in view.
+        QList<ListedEntry> listing = namedEntries(60);
+        for (int i = 0; i < listing.size(); ++i)
+            listing[i].isDir = (i % 7 < 3) != (i % 11 < 5);
+        return listing;
+    }
     if (shape == QLatin1String("long name"))
         return { ListedEntry { QString(300, QLatin1Char('x')), false, QStringLiteral("标准存储"),
                                QStringLiteral("1 KB"), QDateTime(QDate(2026, 1, 1), QTime(0, 0)), QStringLiteral("x"),
@@ -342,6 +348,8 @@ void TestVorPageSave::rowsShowTheListing_data()
     QTest::newRow("object-store sample") << QStringLiteral("sample");
     QTest::newRow("sftp listing") << QStringLiteral("sftp");
     QTest::newRow("empty folder") << QStringLiteral("empty");
+    // Walking down 60 rows, the rows further down are given the cells of the rows scrolled past.
+    QTest::newRow("more rows than a screenful") << QStringLiteral("many");
 }
 
 void TestVorPageSave::rowsShowTheListing()
@@ -389,6 +397,12 @@ void TestVorPageSave::rowsShowTheListing()
             QWidget *actions = handle->findChild<QWidget *>(QStringLiteral("widgetHandle"));
             QVERIFY2(handle->findChild<QPushButton *>(QLatin1String(button))->isVisibleTo(actions), button);
         }
+    }
+    if (!listing.isEmpty()) {
+        const int last = listing.size() - 1;
+        QTest::mouseClick(handleCell(last)->findChild<QPushButton *>(QStringLiteral("pushButtonDown")), Qt::LeftButton);
+        QCOMPARE(m_backend->calls.last(),
+                 QStringLiteral("download %1").arg(VorData::instance()->fileInfos().at(last)->id));
     }
 }
 
