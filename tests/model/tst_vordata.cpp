@@ -1,7 +1,12 @@
+#include "app/vormain.h"
 #include "model/vordata.h"
 #include "support/logtail.h"
 #include "support/warningguard.h"
+#include "ui/vorlocation.h"
+#include "ui/vorpagesave.h"
+#include "ui/vorpagetask.h"
 
+#include <QPushButton>
 #include <QSet>
 #include <QSignalSpy>
 #include <QtTest>
@@ -145,6 +150,13 @@ void TestVorData::pathAndLocationAreAnnounced()
     QCOMPARE(flags.at(1).toBool(), true);
     QVERIFY(!data->isPublic());
     QVERIFY(data->isPrivate());
+    // Both pages that show the storage kind hear of it.
+    const QList<QWidget *> pages { data->mainWindow()->pageSave(), data->mainWindow()->pageTask() };
+    for (QWidget *page : pages) {
+        auto *switcher = page->findChild<VorLocation *>(QStringLiteral("widgetLocation"));
+        QVERIFY(switcher->findChild<QPushButton *>(QStringLiteral("pushButtonPrivate"))->isVisibleTo(switcher));
+        QVERIFY(!switcher->findChild<QPushButton *>(QStringLiteral("pushButtonPublic"))->isVisibleTo(switcher));
+    }
 }
 
 void TestVorData::replacingListFreesOldRecords()

@@ -87,8 +87,12 @@ QStringList TestVorFilePath::shownTexts() const
 {
     QStringList texts;
     for (QPushButton *button : buttons()) {
-        if (button->isVisibleTo(m_bar))
-            texts << QString(button->text()).replace(QLatin1String("&&"), QLatin1String("&"));
+        if (!button->isVisibleTo(m_bar))
+            continue;
+        // What the button shows: "&&" is an ampersand, a single "&" only marks a shortcut.
+        QString text = button->text();
+        text.replace(QLatin1String("&&"), QStringLiteral("\x01")).remove(QLatin1Char('&'));
+        texts << text.replace(QLatin1Char('\x01'), QLatin1Char('&'));
     }
     return texts;
 }
