@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QScrollBar>
 #include <QSignalBlocker>
 #include <QStyledItemDelegate>
 #include <QTableWidget>
@@ -47,7 +48,7 @@ const char CellBusyProperty[] = "cellBusy";
 // Deleted now, in the order they were made, rather than later by the table: the old rows never share
 // memory with the new ones. A cell whose own action is still running is left to the table, which deletes
 // it once control is back in the event loop.
-void deleteCellWidgets(QTableWidget *table, std::initializer_list<int> columns)
+void deleteCellWidgets(QTableWidget *table, const QVector<int> &columns)
 {
     for (int row = 0; row < table->rowCount(); ++row) {
         for (int column : columns) {
@@ -70,6 +71,25 @@ void Redraw::request(const std::function<void()> &redraw)
         redraw();
     } while (m_again);
     m_running = false;
+}
+
+void fitNameColumn(QTableWidget *table, int nameColumn, int checkColumnWidth)
+{
+    const int tableFrame = 2;
+    table->resizeColumnsToContents();
+    if (checkColumnWidth > 0)
+        table->setColumnWidth(0, checkColumnWidth);
+
+    int used = 0;
+    for (int column = 0; column < table->columnCount(); ++column) {
+        if (column != nameColumn)
+            used += table->columnWidth(column);
+    }
+    // A hidden scroll bar keeps a stale width; only a shown one takes room.
+    const QScrollBar *bar = table->verticalScrollBar();
+    if (bar->isVisible())
+        used += bar->width();
+    table->setColumnWidth(nameColumn, qMax(table->width() - used - tableFrame, table->columnWidth(nameColumn)));
 }
 
 bool Redraw::fillRows(int count, const std::function<void(int row)> &fillRow)
@@ -236,6 +256,16 @@ void LazyRows::setAllChecked(bool checked)
         if (box)
             box->setChecked(checked);
     }
+}
+
+QVector<int> LazyRows::checkedRows(int count) const
+{
+    QVector<int> rows;
+    for (int row = 0; row < m_checked.size() && row < count; ++row) {
+        if (m_checked.at(row))
+            rows << row;
+    }
+    return rows;
 }
 
 void LazyRows::clickCheckBox(int row)

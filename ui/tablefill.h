@@ -3,7 +3,6 @@
 #include <QVector>
 
 #include <functional>
-#include <initializer_list>
 
 class QCheckBox;
 class QTableWidget;
@@ -27,7 +26,11 @@ void giveCellWidgetsWholeCells(QTableWidget *table);
 extern const char CellBusyProperty[];
 
 // Deletes the old cell widgets of these columns now, except a cell whose own action is still running.
-void deleteCellWidgets(QTableWidget *table, std::initializer_list<int> columns);
+void deleteCellWidgets(QTableWidget *table, const QVector<int> &columns);
+
+// Sizes the columns to their contents, the check column (0) to checkColumnWidth when that is not 0, and
+// gives the name column all the room the others leave, never less than its contents need.
+void fitNameColumn(QTableWidget *table, int nameColumn, int checkColumnWidth = 0);
 
 // One redraw of a page's table at a time. A long fill lets posted events through, and a newer list from
 // the store may arrive among them: the fill then stops, since the store has freed the rows it was reading,
@@ -72,6 +75,8 @@ public:
 
     int count() const { return m_checked.size(); }
     bool isChecked(int row) const { return m_checked.at(row); }
+    // The checked rows among the first count, in row order.
+    QVector<int> checkedRows(int count) const;
     void setAllChecked(bool checked);
     // What a click on the row does to its check box, built or not.
     void clickCheckBox(int row);

@@ -4,6 +4,7 @@
 #include "app/vorlog.h"
 #include "model/vordata.h"
 #include "ops/vorsdk.h"
+#include "ui/tablefill.h"
 
 #include <QScrollBar>
 
@@ -12,7 +13,6 @@ namespace {
 enum Column { IdColumn, NameColumn, StartedColumn, FinishedColumn, SizeColumn, ElapsedColumn };
 
 const int DisplayedPages = 50;
-const int TableFrame = 2;
 const char DateFormat[] = "yyyy-MM-dd HH:mm:ss";
 const char ElapsedFormat[] = "HH:mm:ss";
 
@@ -70,21 +70,7 @@ void VorPageDownload::fillRow(int row, const DownloadInfo *record)
 
 void VorPageDownload::resizeTable()
 {
-    QTableWidget *table = ui->tableWidget;
-    table->resizeColumnsToContents();
-
-    int used = 0;
-    for (int column = 0; column < table->columnCount(); ++column) {
-        if (column != NameColumn)
-            used += table->columnWidth(column);
-    }
-    // A hidden scroll bar keeps a stale width; only a shown one takes room.
-    QScrollBar *bar = table->verticalScrollBar();
-    if (bar->isVisible())
-        used += bar->width();
-
-    // The name takes all the room that is left, and never less than it needs.
-    table->setColumnWidth(NameColumn, qMax(table->width() - used - TableFrame, table->columnWidth(NameColumn)));
+    TableFill::fitNameColumn(ui->tableWidget, NameColumn);
 }
 
 void VorPageDownload::resizeEvent(QResizeEvent *event)

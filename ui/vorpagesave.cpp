@@ -4,8 +4,8 @@
 #include "app/vorlog.h"
 #include "model/vordata.h"
 #include "ops/vorsdk.h"
+#include "ui/pagetable.h"
 #include "ui/scheckboxheaderview.h"
-#include "ui/tablefill.h"
 #include "ui/vordialog.h"
 #include "ui/vorsavedirfile.h"
 #include "ui/vorsavehandle.h"
@@ -13,8 +13,6 @@
 #include <QFileDialog>
 #include <QMenu>
 #include <QScrollBar>
-#include <QShowEvent>
-#include <QTimer>
 
 namespace {
 
@@ -23,7 +21,6 @@ enum Column { CheckColumn, NameColumn, StorageColumn, SizeColumn, ModifiedColumn
 const int CheckColumnWidth = 72;
 const int NameColumnStartWidth = 400;
 const int UploadMenuWidth = 160;
-const int TableFrame = 2;
 const char DateFormat[] = "yyyy/MM/dd HH:mm:ss";
 
 QTableWidgetItem *centredItem(const QString &text)
@@ -45,25 +42,16 @@ VorPageSave::VorPageSave(QWidget *parent)
     , ui(std::make_unique<Ui::VorPageSave>())
 {
     ui->setupUi(this);
-    m_rows = std::make_unique<TableFill::LazyRows>(
-        ui->tableWidget, [this](int row) { buildRow(row); },
-        [this](int row, const QVector<QWidget *> &cells) { rebindRow(row, cells); });
-
     m_header = new SCheckBoxHeaderView(Qt::Horizontal, this);
     ui->tableWidget->setHorizontalHeader(m_header);
     m_header->setStretchLastSection(true);
     connect(m_header, &SCheckBoxHeaderView::checkStausChange, this, &VorPageSave::checkStausChange);
 
+    m_table = new PageTable(
+        ui->tableWidget, { NameColumn, NameColumnStartWidth, { CheckColumn, NameColumn, HandleColumn } },
+        [this](int row) { buildRow(row); }, [this](int row, const QVector<QWidget *> &cells) { rebindRow(row, cells); },
+        [this] { resizeTable(); }, this);
     buildUploadMenu();
-
-    // The scroll bar comes and goes after a redraw has been laid out; the name column must follow.
-    ui->tableWidget->verticalScrollBar()->installEventFilter(this);
-    // Rows get their cells as they come into view, by scrolling or by a taller table.
-    ui->tableWidget->viewport()->installEventFilter(this);
-    connect(ui->tableWidget->verticalScrollBar(), &QScrollBar::valueChanged, this, &VorPageSave::buildRowsInView);
-    // Columns are measured by the rows in view, the only ones with cells.
-    m_header->setResizeContentsPrecision(0);
-    TableFill::giveCellWidgetsWholeCells(ui->tableWidget);
 }
 
 VorPageSave::~VorPageSave() = default;
@@ -96,34 +84,14 @@ void VorPageSave::dataUpdateLocation(bool pub, bool pri)
 
 void VorPageSave::dataUpdateSaveFileInfo()
 {
-    m_redraw.request([this] { redrawTable(); });
+    m_table->request([this] { redrawTable(); });
 }
 
 void VorPageSave::redrawTable()
 {
-    QTableWidget *table = ui->tableWidget;
-    table->setUpdatesEnabled(false);
-    removeRows();
-
     m_entries = VorData::instance()->fileInfos();
     VOR_LOG(3, m_entries.size());
-    table->setRowCount(m_entries.size());
-    m_rows->reset(m_entries.size());
-    table->setColumnWidth(NameColumn, NameColumnStartWidth); // overridden once the rows are in
-    const bool complete = m_redraw.fillRows(m_entries.size(), [this](int row) { fillRow(row, m_entries.at(row)); });
-    // Otherwise the store has replaced the rows this fill was reading, and the next fill follows.
-    if (complete) {
-        m_rows->buildRowsInView();
-        resizeTable();
-    }
-    table->setUpdatesEnabled(true);
-}
-
-void VorPageSave::removeRows()
-{
-    TableFill::deleteCellWidgets(ui->tableWidget, { CheckColumn, NameColumn, HandleColumn });
-    m_rows->reset(0);
-    ui->tableWidget->clearContents();
+    m_table->refill(m_entries.size(), [this](int row) { fillRow(row, m_entries.at(row)); });
 }
 
 // The text columns of every row; the cell widgets follow when the row comes into view.
@@ -139,7 +107,7 @@ void VorPageSave::buildRow(int row)
 {
     QTableWidget *table = ui->tableWidget;
     FileEntry *entry = m_entries.at(row);
-    table->setCellWidget(row, CheckColumn, m_rows->makeCheckCell(row));
+    table->setCellWidget(row, CheckColumn, m_table->rows().makeCheckCell(row));
     auto *dirFile = new VorSaveDirFile(table);
     dirFile->setDirFile(entry->name, entry->isDir);
     table->setCellWidget(row, NameColumn, dirFile);
@@ -153,48 +121,19 @@ void VorPageSave::rebindRow(int row, const QVector<QWidget *> &cells)
     static_cast<VorSaveHandle *>(cells.at(HandleColumn))->setEntry(entry);
 }
 
-void VorPageSave::buildRowsInView()
-{
-    if (!m_redraw.isRunning() && m_rows->buildRowsInView())
-        resizeTable();
-}
-
 void VorPageSave::resizeTable()
 {
     QTableWidget *table = ui->tableWidget;
     // Out of sight the columns would be measured by every row; they are sized when the page is shown.
     if (!table->isVisible())
         return;
+    const QScrollBar *bar = table->verticalScrollBar();
+    VOR_LOG(3, bar->width(), boolText(bar->isVisible()));
     // The stretched last column would otherwise count with the room it was given last time, not with
     // what its buttons need, and keep that room from the name column.
     m_header->setStretchLastSection(false);
-    table->resizeColumnsToContents();
-    table->setColumnWidth(CheckColumn, CheckColumnWidth);
-
-    int used = 0;
-    for (int column : { CheckColumn, StorageColumn, SizeColumn, ModifiedColumn, HandleColumn })
-        used += table->columnWidth(column);
-    QScrollBar *bar = table->verticalScrollBar();
-    if (bar->isVisible())
-        used += bar->width();
-    VOR_LOG(3, bar->width(), boolText(bar->isVisible()));
-
-    // The name takes all the room that is left, and never less than it needs.
-    table->setColumnWidth(NameColumn, qMax(table->width() - used - TableFrame, table->columnWidth(NameColumn)));
+    TableFill::fitNameColumn(table, NameColumn, CheckColumnWidth);
     m_header->setStretchLastSection(true);
-}
-
-void VorPageSave::showEvent(QShowEvent *event)
-{
-    QWidget::showEvent(event);
-    if (event->spontaneous())
-        return;
-    buildRowsInView();
-    // Cells shown for the first time take their style only now; the columns follow once it is applied.
-    QTimer::singleShot(0, this, [this] {
-        if (!m_redraw.isRunning())
-            resizeTable();
-    });
 }
 
 void VorPageSave::resizeEvent(QResizeEvent *event)
@@ -203,20 +142,10 @@ void VorPageSave::resizeEvent(QResizeEvent *event)
     QWidget::resizeEvent(event);
 }
 
-bool VorPageSave::eventFilter(QObject *watched, QEvent *event)
-{
-    if (watched == ui->tableWidget->verticalScrollBar()
-        && (event->type() == QEvent::Show || event->type() == QEvent::Hide))
-        resizeTable();
-    if (watched == ui->tableWidget->viewport() && event->type() == QEvent::Resize)
-        buildRowsInView();
-    return QWidget::eventFilter(watched, event);
-}
-
 void VorPageSave::checkStausChange(bool checked)
 {
     VOR_LOG(3, boolText(checked));
-    m_rows->setAllChecked(checked);
+    m_table->rows().setAllChecked(checked);
 }
 
 void VorPageSave::actionFile()
@@ -242,10 +171,8 @@ void VorPageSave::on_pushButtonDown_clicked()
 {
     const QList<FileEntry *> &entries = VorData::instance()->fileInfos();
     QList<FileEntry *> checked;
-    for (int i = 0; i < m_rows->count() && i < entries.size(); ++i) {
-        if (m_rows->isChecked(i))
-            checked.append(entries.at(i));
-    }
+    for (int row : m_table->rows().checkedRows(entries.size()))
+        checked.append(entries.at(row));
     VOR_LOG(3, checked.size());
     if (checked.isEmpty()) {
         VorDialog::showMessage(tr("错误"), tr("没有勾选需要下载的文件"), this, tr("确定"));
@@ -283,6 +210,6 @@ void VorPageSave::on_pushButtonMkDir_clicked()
 void VorPageSave::on_tableWidget_cellClicked(int row, int column)
 {
     VOR_LOG(3, row, column);
-    if (row >= 0 && row < m_rows->count())
-        m_rows->clickCheckBox(row);
+    if (row >= 0 && row < m_table->rows().count())
+        m_table->rows().clickCheckBox(row);
 }

@@ -2,7 +2,6 @@
 
 #include "model/fileentry.h"
 
-#include "ui/tablefill.h"
 #include <QList>
 
 #include <QWidget>
@@ -11,6 +10,7 @@
 class QAction;
 class QMenu;
 class QTableWidgetItem;
+class PageTable;
 class SCheckBoxHeaderView;
 
 namespace Ui {
@@ -44,18 +44,14 @@ private slots:
     void on_tableWidget_cellClicked(int row, int column);
 
 protected:
-    void showEvent(QShowEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
-    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void buildUploadMenu();
     void redrawTable();
-    void removeRows();
     void fillRow(int row, FileEntry *entry);
     void buildRow(int row);
     void rebindRow(int row, const QVector<QWidget *> &cells);
-    void buildRowsInView();
 
     std::unique_ptr<Ui::VorPageSave> ui;
     SCheckBoxHeaderView *m_header = nullptr;
@@ -63,6 +59,5 @@ private:
     QAction *m_actionFile = nullptr;
     QAction *m_actionDir = nullptr;
     QList<FileEntry *> m_entries; // the store's records shown in the rows, in row order
-    TableFill::Redraw m_redraw;
-    std::unique_ptr<TableFill::LazyRows> m_rows;
+    PageTable *m_table = nullptr;
 };

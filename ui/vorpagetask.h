@@ -2,12 +2,12 @@
 
 #include "model/taskinfo.h"
 
-#include "ui/tablefill.h"
 #include <QList>
 
 #include <QWidget>
 #include <memory>
 
+class PageTable;
 class SCheckBoxHeaderView;
 
 namespace Ui {
@@ -36,22 +36,17 @@ private slots:
     void on_pushButtonRefresh_clicked();
 
 protected:
-    void showEvent(QShowEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
-    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void redrawTable();
-    void removeRows();
     void fillRow(int row, TaskInfo *task);
     void buildRow(int row);
     void rebindRow(int row, const QVector<QWidget *> &cells);
-    void buildRowsInView();
     void resizeTable();
 
     std::unique_ptr<Ui::VorPageTask> ui;
     SCheckBoxHeaderView *m_header = nullptr;
     QList<TaskInfo *> m_tasks; // the store's records shown in the rows, in row order
-    TableFill::Redraw m_redraw;
-    std::unique_ptr<TableFill::LazyRows> m_rows;
+    PageTable *m_table = nullptr;
 };

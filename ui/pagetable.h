@@ -1,0 +1,49 @@
+#pragma once
+
+#include "ui/tablefill.h"
+
+#include <QObject>
+#include <QVector>
+
+#include <functional>
+
+class QTableWidget;
+
+// The table of a page that shows one of the store's lists: one redraw at a time, cell widgets only for the
+// rows in view (made as rows come into view by scrolling, by a taller table or by showing the page), and
+// the page's own column sizing run again whenever the room for the columns changes.
+class PageTable : public QObject
+{
+    Q_OBJECT
+public:
+    struct Columns
+    {
+        int name = 1;
+        int nameStartWidth = 400; // until the rows are in and the columns are measured
+        QVector<int> withCells; // the columns whose cells are widgets
+    };
+
+    // resize is the page's sizing of its columns; the table and the page are watched, so both must live as
+    // long as this object, a child of the page.
+    PageTable(QTableWidget *table, const Columns &columns, TableFill::LazyRows::BuildRow buildRow,
+              TableFill::LazyRows::RebindRow rebindRow, std::function<void()> resize, QWidget *page);
+
+    // Runs redraw, or once more after the redraw under way when a newer list arrived meanwhile.
+    void request(const std::function<void()> &redraw) { m_redraw.request(redraw); }
+    // Replaces the rows by count new, unchecked ones whose text items fillRow puts in.
+    void refill(int count, const std::function<void(int row)> &fillRow);
+    TableFill::LazyRows &rows() { return m_rows; }
+
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    void buildRowsInView();
+    void pageShown();
+
+    QTableWidget *m_table;
+    QWidget *m_page;
+    Columns m_columns;
+    std::function<void()> m_resize;
+    TableFill::Redraw m_redraw;
+    TableFill::LazyRows m_rows;
+};
