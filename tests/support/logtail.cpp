@@ -12,29 +12,26 @@ LogTail::LogTail()
 
 LogTail::LogTail(const QString &path)
     : m_path(path)
+    , m_start(QFile(path).size())
 {
-    QFile file(m_path);
-    m_start = file.exists() ? file.size() : 0;
 }
 
 QStringList LogTail::lines() const
 {
     QFile file(m_path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!file.open(QIODevice::ReadOnly) || !file.seek(m_start))
         return {};
-    file.seek(m_start);
     return QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
 }
 
 QStringList LogTail::messagesOf(const QString &function) const
 {
     // [F][time][thread][file function:line][message]
-    static const QRegularExpression shape(
-        QStringLiteral("^\\[[A-Z]\\]\\[[^\\]]*\\]\\[[^\\]]*\\]\\[\\S+ (\\S+):\\d+\\]\\[(.*)\\]$"));
+    static const QRegularExpression shape(QStringLiteral("^(?:\\[[^\\]]*\\]){3}\\[\\S+ (\\S+):\\d+\\]\\[(.*)\\]$"));
     QStringList result;
     for (const QString &line : lines()) {
         const QRegularExpressionMatch match = shape.match(line);
-        if (match.hasMatch() && match.captured(1) == function)
+        if (match.captured(1) == function)
             result << match.captured(2);
     }
     return result;

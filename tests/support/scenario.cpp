@@ -1,21 +1,17 @@
 #include "support/scenario.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 
 Scenario::Scenario(Outcome *outcome, QObject *parent)
     : QObject(parent)
-    , m_outcome(outcome)
 {
-    connect(qApp, &QCoreApplication::aboutToQuit, this, [this] {
-        m_outcome->completed = completed();
-        m_outcome->failures = m_failures;
-        m_outcome->stoppedAt = completed() ? QString() : m_steps.value(m_next).what;
+    connect(qApp, &QCoreApplication::aboutToQuit, this, [this, outcome] {
+        *outcome = { m_next == m_steps.size(), m_failures, current() };
     });
-    m_timer.setInterval(10);
     connect(&m_timer, &QTimer::timeout, this, &Scenario::poll);
     m_stepClock.setSingleShot(true);
     connect(&m_stepClock, &QTimer::timeout, this, [this] {
-        m_failures << QStringLiteral("timed out waiting for: %1").arg(m_steps.value(m_next).what);
+        m_failures << QStringLiteral("timed out waiting for: %1").arg(current());
         m_timer.stop();
         QCoreApplication::exit(99); // leaves every running event loop, modal ones too
     });
@@ -27,17 +23,10 @@ Scenario &Scenario::waitFor(const QString &what, std::function<bool()> condition
     return *this;
 }
 
-Scenario &Scenario::then(const QString &what, std::function<void()> action)
-{
-    return waitFor(
-        what, [] { return true; }, std::move(action));
-}
-
 void Scenario::start(int stepTimeoutMs)
 {
-    m_stepClock.setInterval(stepTimeoutMs);
-    m_stepClock.start();
-    m_timer.start();
+    m_stepClock.start(stepTimeoutMs);
+    m_timer.start(10);
 }
 
 void Scenario::expect(bool condition, const QString &what)
@@ -48,7 +37,7 @@ void Scenario::expect(bool condition, const QString &what)
 
 void Scenario::poll()
 {
-    if (completed()) {
+    if (m_next == m_steps.size()) {
         m_timer.stop();
         m_stepClock.stop();
         return;

@@ -24,27 +24,23 @@ public:
     explicit Scenario(Outcome *outcome, QObject *parent = nullptr);
 
     Scenario &waitFor(const QString &what, std::function<bool()> condition, std::function<void()> action = {});
-    Scenario &then(const QString &what, std::function<void()> action);
     void start(int stepTimeoutMs = 30000);
-
     // Records a failed expectation; the test reports them all at the end.
     void expect(bool condition, const QString &what);
-    const QStringList &failures() const { return m_failures; }
-    bool completed() const { return m_next == m_steps.size(); }
 
 private:
-    void poll();
-
     struct Step
     {
         QString what;
         std::function<bool()> condition;
         std::function<void()> action;
     };
+    void poll();
+    QString current() const { return m_next < m_steps.size() ? m_steps.at(m_next).what : QString(); }
+
     QList<Step> m_steps;
     int m_next = 0;
     QStringList m_failures;
     QTimer m_timer;
     QTimer m_stepClock;
-    Outcome *m_outcome = nullptr;
 };

@@ -4,52 +4,42 @@
 
 #include <QMutex>
 #include <QMutexLocker>
+#include <cstdio>
+#include <utility>
 
 namespace {
 
 QMutex mutex;
 QStringList seen;
-// The offscreen platform cannot pass size hints to a window system it does not have; it says so on
-// every dialog it shows.
-QStringList allowed { QStringLiteral("This plugin does not support propagateSizeHints()") };
-QtMessageHandler previous = nullptr;
+// The offscreen platform cannot pass size hints to, or raise windows on, a window system it does not
+// have; it says so for every dialog it shows, which is not ours to fix.
+QStringList allowed { QStringLiteral("This plugin does not support propagateSizeHints()"),
+                      QStringLiteral("This plugin does not support raise()") };
 
 void guardHandler(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
-    if (type == QtDebugMsg || type == QtInfoMsg) {
-        vorMessageHandler(type, context, message);
-        return;
-    }
-    {
-        QMutexLocker lock(&mutex);
-        bool expected = false;
-        for (const QString &fragment : qAsConst(allowed))
-            expected = expected || message.contains(fragment);
-        if (expected)
+    if (type == QtDebugMsg || type == QtInfoMsg)
+        return vorMessageHandler(type, context, message);
+    QMutexLocker lock(&mutex);
+    for (const QString &fragment : qAsConst(allowed)) {
+        if (message.contains(fragment))
             return;
-        seen << message;
     }
-    if (previous)
-        previous(type, context, message);
+    seen << message;
+    std::fprintf(stderr, "%s\n", qPrintable(message));
 }
 
 } // namespace
 
 void WarningGuard::install()
 {
-    QtMessageHandler old = qInstallMessageHandler(guardHandler);
-    if (old != guardHandler)
-        previous = old;
-    // Windows are raised when they open; the offscreen platform says it cannot, which is not ours to fix.
-    allow(QStringLiteral("This plugin does not support raise()"));
+    qInstallMessageHandler(guardHandler);
 }
 
 QStringList WarningGuard::take()
 {
     QMutexLocker lock(&mutex);
-    QStringList result;
-    result.swap(seen);
-    return result;
+    return std::exchange(seen, {});
 }
 
 void WarningGuard::allow(const QString &fragment)
