@@ -1,76 +1,163 @@
+#include "app/vormain.h"
 #include "model/vordata.h"
+#include "model/vorlogin.h"
+#include "model/vorthreadlogin.h"
 #include "ops/vorsdk.h"
+#include "support/modalanswerer.h"
 #include "support/recordingbackend.h"
 #include "support/warningguard.h"
+#include "ui/vorpagetask.h"
 
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTextEdit>
 #include <QtTest>
 
+// The facade and the session store it fills, signed in through the login dialog.
 class TestVorSdk : public QObject
 {
     Q_OBJECT
+    VorData *data = VorData::instance();
+
 private slots:
     void initTestCase() { WarningGuard::install(); }
-    void init()
+    void init() { VorSdk::instance()->exit(); }
+    void cleanup() { VERIFY_NO_QT_WARNINGS(); }
+
+    void storeKeepsItsTaskList()
     {
-        m_recorder = new RecordingBackend;
-        VorSdk::instance()->adoptBackend(m_recorder);
-    }
-    void cleanup()
-    {
-        VorSdk::instance()->exit();
-        VERIFY_NO_QT_WARNINGS();
+        // Shared with the name of the record handed over: once the record is freed, this copy is alone.
+        const QString name = QString::number(42);
+        auto *task = new TaskInfo;
+        task->name = name;
+        data->updateTaskInfo({ task, new TaskInfo });
+        data->deleteTaskInfo(task->id);
+        QVERIFY(!name.isDetached()); // the caller may still hold it
+        QCOMPARE(data->tasks().size(), 1);
+        data->updateTaskInfo(QList<TaskInfo *> { task });
+        data->updateTaskInfo(QList<TaskInfo *>());
+        QVERIFY(name.isDetached());
+        QSignalSpy spy(data, &VorData::dataUpdateTaskInfo);
+        data->addTaskInfo({}); // nothing to announce
+        data->addTaskInfo({ new TaskInfo });
+        QCOMPARE(spy.count(), 1);
     }
 
-    void enterDir_data();
-    void enterDir();
-    void forwardsEveryItem();
+    void expiryTipShowsToTheLastDayAndAfter()
+    {
+        data->updateUser(QStringLiteral("tarn"), -3, true);
+        QCOMPARE(data->getUserTips(),
+                 QStringLiteral("您的授权码有效期还有 -3 天，到期后若需要继续使用请联系业务管理员"));
+    }
 
-private:
-    RecordingBackend *m_recorder = nullptr;
+    void taskPageShowsTheStorageKind()
+    {
+        QWidget *page = data->mainWindow()->pageTask();
+        for (bool isPrivate : { true, false }) {
+            data->updateSaveLocation(!isPrivate, isPrivate);
+            QCOMPARE(page->findChild<QPushButton *>(QStringLiteral("pushButtonPrivate"))->isVisibleTo(page), isPrivate);
+            QCOMPARE(page->findChild<QPushButton *>(QStringLiteral("pushButtonPublic"))->isVisibleTo(page), !isPrivate);
+        }
+    }
+
+    void signIn_data()
+    {
+        QTest::addColumn<QString>("code");
+        QTest::addColumn<QString>("message"); // empty: signed in
+        const auto codeOf
+            = [](const QByteArray &json) { return QString::fromLatin1(("q1w2e3" + json.toBase64()).toBase64()); };
+        const QString code = VorLogin::defaultCode();
+        const QString parseError = QStringLiteral("授权码解析错误，请检查你的授权码是否正确！");
+        QTest::newRow("default code") << code << QString();
+        QTest::newRow("blanks only") << QStringLiteral(" \n\t ") << QStringLiteral("授权码不能为空");
+        // The dots are skipped by the decoding: only the length counts.
+        QTest::newRow("largest length") << code.leftJustified(64 * 1024, QLatin1Char('.')) << QString();
+        QTest::newRow("one more") << code.leftJustified(64 * 1024 + 1, QLatin1Char('.')) << parseError;
+        QTest::newRow("storage in capitals") << codeOf(R"({"storage":"Tarn"})") << parseError;
+        QTest::newRow("repeated name") << codeOf(R"({"storage":"tarn","project":"a","project":"b"})") << parseError;
+        QTest::newRow("repeated with escapes")
+            << codeOf(R"({"storage":"tarn","project":"a","\u0070roj\u0065ct":"b"})") << parseError;
+    }
+
+    void signIn()
+    {
+        QFETCH(QString, code);
+        QFETCH(QString, message);
+        qApp->setQuitOnLastWindowClosed(false); // closing a dialog must not end the test
+        VorLogin *dialog = data->loginDialog();
+        dialog->show();
+        dialog->findChild<QTextEdit *>()->setPlainText(code);
+        ModalAnswerer answerer;
+        answerer.answer(QString()); // the wait dialog closes by itself
+        answerer.answer(QStringLiteral("pushButtonYes"));
+        dialog->findChild<QPushButton *>(QStringLiteral("pushButtonLogin"))->click();
+
+        QCOMPARE(answerer.seen().value(1).text, message);
+        QCOMPARE(dialog->isVisible(), !message.isEmpty());
+        QCOMPARE(data->mainWindow()->isVisible(), message.isEmpty());
+        if (message.isEmpty()) {
+            // Built on the login worker, the back end now belongs to the window's thread and the facade.
+            SdkObject *backend = VorSdk::instance()->backend();
+            QVERIFY(backend->thread() == QThread::currentThread() && backend->parent() == VorSdk::instance());
+            QVERIFY(data->isPublic() && !data->isPrivate());
+            data->mainWindow()->hide();
+        }
+    }
+
+    void resultComesHalfASecondAfterTheLogin()
+    {
+        VorThreadLogin worker(VorLogin::defaultCode());
+        QElapsedTimer sinceLogin;
+        qint64 waited = -1;
+        // The login ends with the download history; both signals come on the worker.
+        connect(
+            data, &VorData::dataUpdateDownloadInfo, &worker, [&] { sinceLogin.start(); }, Qt::DirectConnection);
+        connect(
+            &worker, &VorThreadLogin::loginMessage, &worker, [&] { waited = sinceLogin.elapsed(); },
+            Qt::DirectConnection);
+        worker.start();
+        QVERIFY(worker.wait(20000));
+        QVERIFY2(waited >= 500, qPrintable(QString::number(waited)));
+    }
+
+    void enterDir_data()
+    {
+        QTest::addColumn<QString>("current");
+        QTest::addColumn<QString>("dir");
+        QTest::addColumn<QString>("listed"); // empty: nothing is listed
+        QTest::newRow("nothing above the root") << QStringLiteral("/") << QStringLiteral("..") << QString();
+        QTest::newRow("cleaned") << QStringLiteral("/a/b") << QStringLiteral("../c/") << QStringLiteral("/a/c");
+    }
+
+    void enterDir()
+    {
+        QFETCH(QString, current);
+        QFETCH(QString, dir);
+        QFETCH(QString, listed);
+        auto *recorder = new RecordingBackend;
+        VorSdk::instance()->adoptBackend(recorder);
+        data->updateFilePath(current);
+        QString pathWhenListed;
+        QObject receiver;
+        connect(data, &VorData::dataUpdateSaveFileInfo, &receiver, [&] { pathWhenListed = data->path(); });
+        VorSdk::instance()->EnterDir(dir);
+        QCOMPARE(recorder->calls, listed.isEmpty() ? QStringList() : QStringList { "getFileInfo " + listed + " " });
+        // The path bar shows the folder by the time the page hears of its rows.
+        QCOMPARE(pathWhenListed, listed);
+    }
+
+    void forwardsEveryItem()
+    {
+        auto *recorder = new RecordingBackend;
+        VorSdk::instance()->adoptBackend(recorder);
+        FileEntry row;
+        VorSdk::instance()->upload({ QStringLiteral("a"), QStringLiteral("b") });
+        // Checked rows go by their record's address, cut to the int the back end takes.
+        VorSdk::instance()->download(QList<FileEntry *> { &row });
+        const int address = static_cast<int>(reinterpret_cast<quintptr>(&row));
+        QCOMPARE(recorder->calls, (QStringList { "upload a", "upload b", QStringLiteral("download %1").arg(address) }));
+    }
 };
-
-void TestVorSdk::enterDir_data()
-{
-    QTest::addColumn<QString>("current");
-    QTest::addColumn<QString>("dir");
-    QTest::addColumn<QString>("listed"); // empty: nothing is listed
-    QTest::newRow("nothing above the root") << "/"
-                                            << ".."
-                                            << "";
-    QTest::newRow("up") << "/a/b"
-                        << ".."
-                        << "/a";
-    QTest::newRow("cleaned") << "/a"
-                             << "b/../c/"
-                             << "/a/c";
-}
-
-void TestVorSdk::enterDir()
-{
-    QFETCH(QString, current);
-    QFETCH(QString, dir);
-    QFETCH(QString, listed);
-    VorData *data = VorData::instance();
-    data->updateFilePath(current);
-    QString pathWhenListed;
-    QObject receiver;
-    connect(data, &VorData::dataUpdateSaveFileInfo, &receiver, [&] { pathWhenListed = data->path(); });
-    VorSdk::instance()->EnterDir(dir);
-    QCOMPARE(m_recorder->calls, listed.isEmpty() ? QStringList() : QStringList { "getFileInfo " + listed + " " });
-    // The path bar shows the folder by the time the page hears of its rows.
-    QCOMPARE(pathWhenListed, listed);
-}
-
-void TestVorSdk::forwardsEveryItem()
-{
-    FileEntry row;
-    row.id = 3;
-    VorSdk::instance()->upload({ QStringLiteral("a"), QStringLiteral("b") });
-    // Checked rows go by their record's address, cut to the int the back end takes.
-    VorSdk::instance()->download(QList<FileEntry *> { &row });
-    const int address = static_cast<int>(reinterpret_cast<quintptr>(&row));
-    QCOMPARE(m_recorder->calls, (QStringList { "upload a", "upload b", QStringLiteral("download %1").arg(address) }));
-}
 
 QTEST_MAIN(TestVorSdk)
 #include "tst_vorsdk.moc"
