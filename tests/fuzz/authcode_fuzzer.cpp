@@ -1,9 +1,6 @@
 #include "ops/vorsdk.h"
 #include "sdk/sdkobject.h"
 
-#include <QByteArray>
-#include <QJsonObject>
-#include <QString>
 #include <cstddef>
 #include <cstdint>
 #include <memory>

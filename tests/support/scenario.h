@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QObject>
+#include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QStringList>
 #include <QTimer>
 #include <functional>
@@ -12,7 +13,8 @@ class Scenario : public QObject
 {
     Q_OBJECT
 public:
-    // What a test reads once the program has ended and the scenario, a child of the application, is gone.
+    // What a test reads once the program has ended and the scenario, a child of the application, is gone;
+    // written when the application's event loop ends.
     struct Outcome
     {
         bool completed = false;
@@ -20,31 +22,64 @@ public:
         QString stoppedAt;
     };
 
-    // The outcome is written when the application's event loop ends.
-    explicit Scenario(Outcome *outcome, QObject *parent = nullptr);
+    explicit Scenario(Outcome *outcome, QObject *parent = nullptr)
+        : QObject(parent)
+    {
+        connect(qApp, &QCoreApplication::aboutToQuit, this, [this, outcome] {
+            *outcome = { m_next == m_steps.size(), m_failures, m_steps.value(m_next).what };
+        });
+        connect(&m_timer, &QTimer::timeout, this, &Scenario::poll);
+    }
 
-    Scenario &waitFor(const QString &what, std::function<bool()> condition, std::function<void()> action = {});
-    Scenario &then(const QString &what, std::function<void()> action);
-    void start(int stepTimeoutMs = 30000);
+    Scenario &waitFor(const QString &what, std::function<bool()> condition, std::function<void()> action = {})
+    {
+        m_steps.append({ what, std::move(condition), std::move(action) });
+        return *this;
+    }
+
+    void start(int stepTimeoutMs = 30000)
+    {
+        m_stepTimeoutMs = stepTimeoutMs;
+        m_deadline.setRemainingTime(stepTimeoutMs);
+        m_timer.start(10);
+    }
 
     // Records a failed expectation; the test reports them all at the end.
-    void expect(bool condition, const QString &what);
-    const QStringList &failures() const { return m_failures; }
-    bool completed() const { return m_next == m_steps.size(); }
+    void expect(bool condition, const QString &what)
+    {
+        if (!condition)
+            m_failures << what;
+    }
 
 private:
-    void poll();
-
     struct Step
     {
         QString what;
         std::function<bool()> condition;
         std::function<void()> action;
     };
+
+    void poll()
+    {
+        if (m_next == m_steps.size())
+            return m_timer.stop();
+        const Step step = m_steps.at(m_next);
+        if (step.condition()) {
+            ++m_next;
+            m_deadline.setRemainingTime(m_stepTimeoutMs);
+            if (step.action)
+                QTimer::singleShot(0, this, step.action);
+        } else if (m_deadline.hasExpired()) {
+            m_failures << QStringLiteral("timed out waiting for: %1").arg(step.what);
+            m_timer.stop();
+            QCoreApplication::exit(99); // leaves every running event loop, modal ones too
+        }
+    }
+
     QList<Step> m_steps;
     int m_next = 0;
     QStringList m_failures;
     QTimer m_timer;
-    QTimer m_stepClock;
-    Outcome *m_outcome = nullptr;
+    QDeadlineTimer m_deadline;
+    int m_stepTimeoutMs = 0;
 };
