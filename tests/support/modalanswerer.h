@@ -2,6 +2,7 @@
 
 #include <QList>
 #include <QObject>
+#include <QPair>
 #include <QString>
 
 // Answers the program's dialogs in the order they open, as a user would: optionally types into the input
@@ -22,18 +23,15 @@ public:
 
     // Queue an answer: "pushButtonYes", "pushButtonNo" or "pushButtonClose"; an empty name only looks and
     // lets the dialog close by itself (the wait dialog).
-    void answer(const QString &button, const QString &typed = QString());
+    void answer(const QString &button, const QString &typed = QString()) { m_answers.append({ button, typed }); }
     int pending() const { return m_answers.size(); }
     const QList<Seen> &seen() const { return m_seen; }
+    // Set, a dialog with no answer queued is noted and closed, so that a test fails on it instead of hanging.
+    bool closeUnanswered = false;
 
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    struct Answer
-    {
-        QString button;
-        QString typed;
-    };
-    QList<Answer> m_answers;
+    QList<QPair<QString, QString>> m_answers; // button, typed text
     QList<Seen> m_seen;
 };
