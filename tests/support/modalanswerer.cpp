@@ -2,13 +2,7 @@
 
 #include "ui/vordialog.h"
 
-#include <QApplication>
-#include <QEvent>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
-#include <QStackedWidget>
-#include <QTimer>
+#include <QtWidgets>
 
 ModalAnswerer::ModalAnswerer(QObject *parent)
     : QObject(parent)
@@ -25,8 +19,7 @@ bool ModalAnswerer::eventFilter(QObject *watched, QEvent *event)
     const auto answer
         = m_answers.isEmpty() ? qMakePair(QStringLiteral("pushButtonClose"), QString()) : m_answers.takeFirst();
     const auto text = [dialog](const char *label) { return dialog->findChild<QLabel *>(label)->text(); };
-    const QString page
-        = dialog->findChild<QStackedWidget *>(QStringLiteral("stackedWidget"))->currentWidget()->objectName();
+    const QString page = dialog->findChild<QStackedWidget *>()->currentWidget()->objectName();
     const char *message = page == "pageWait" ? "labelWaitMsg" : page == "pageRename" ? "labelRename" : "labelMsg";
     m_seen.append(
         { text("labelDialogTitle"), text(message), !dialog->findChild<QWidget *>("pushButtonNo")->isHidden() });

@@ -2,7 +2,7 @@
 
 QList<TaskInfo *> RecordingBackend::refreshTask(int type, int status)
 {
-    note("refreshTask", type, status);
+    calls << QStringLiteral("refreshTask %1 %2").arg(type).arg(status);
     QList<TaskInfo *> tasks;
     for (int i = 0; i < taskCount; ++i)
         tasks << new TaskInfo { i, QStringLiteral("task%1").arg(i), false, QString(), i % 4 };
@@ -11,7 +11,7 @@ QList<TaskInfo *> RecordingBackend::refreshTask(int type, int status)
 
 QList<DownloadInfo *> RecordingBackend::refreshDown(const QString &name)
 {
-    note("refreshDown", name);
+    calls << "refreshDown " + name;
     QList<DownloadInfo *> rows;
     for (int i = 0; i < downloadCount; ++i)
         rows << new DownloadInfo { i, QStringLiteral("down%1").arg(i) };
@@ -20,15 +20,8 @@ QList<DownloadInfo *> RecordingBackend::refreshDown(const QString &name)
 
 QList<FileEntry *> RecordingBackend::getFileInfo(const QString &path, const QString &name)
 {
-    note("getFileInfo", path, name);
+    calls << QStringLiteral("getFileInfo %1 %2").arg(path, name);
     return listing ? listing(path) : QList<FileEntry *>();
-}
-
-void RecordingBackend::setServerState(const ServerState &newState)
-{
-    note("setServerState", newState);
-    if (newState != state)
-        applyServerState(newState);
 }
 
 QList<FileEntry *> RecordingBackend::makeEntries(const QStringList &names, const QStringList &folders)
