@@ -16,8 +16,7 @@ bool ModalAnswerer::eventFilter(QObject *watched, QEvent *event)
     if (event->type() != QEvent::Show || !dialog || (m_answers.isEmpty() && !closeUnanswered))
         return QObject::eventFilter(watched, event);
 
-    const auto answer
-        = m_answers.isEmpty() ? qMakePair(QStringLiteral("pushButtonClose"), QString()) : m_answers.takeFirst();
+    const auto answer = m_answers.isEmpty() ? qMakePair(QString("pushButtonClose"), QString()) : m_answers.takeFirst();
     const auto text = [dialog](const char *label) { return dialog->findChild<QLabel *>(label)->text(); };
     const QString page = dialog->findChild<QStackedWidget *>()->currentWidget()->objectName();
     const char *message = page == "pageWait" ? "labelWaitMsg" : page == "pageRename" ? "labelRename" : "labelMsg";

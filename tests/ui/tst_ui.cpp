@@ -36,7 +36,7 @@ class TestUi : public QObject
 {
     Q_OBJECT
 
-    VorMain *m_main = VorData::instance()->mainWindow();
+    VorMain *m_main = nullptr;
     RecordingBackend *m_backend = nullptr;
     std::unique_ptr<ModalAnswerer> m_answerer;
 
@@ -49,7 +49,8 @@ class TestUi : public QObject
 private slots:
     void init()
     {
-        WarningGuard::install();
+        WarningGuard::install(); // before the store builds its windows
+        m_main = VorData::instance()->mainWindow();
         m_main->show();
         m_backend = new RecordingBackend;
         m_backend->listing = listing;
