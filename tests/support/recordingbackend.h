@@ -11,41 +11,52 @@ class RecordingBackend : public SdkObject
 {
     Q_OBJECT
 public:
-    explicit RecordingBackend(QObject *parent = nullptr);
+    using SdkObject::SdkObject;
 
     QStringList calls;
     std::function<QList<FileEntry *>(const QString &path)> listing;
-    int taskCount = 0;
-    int downloadCount = 0;
+    int taskCount = 0, downloadCount = 0;
     bool failFolderOperations = false;
-    QString failureText = QStringLiteral("folder operation failed");
-    QString user = QStringLiteral("recorder");
-    QString home = QStringLiteral("/home");
-    QString project;
-    int days = 7;
+    QString user = QStringLiteral("recorder"), home = QStringLiteral("/home"), project;
 
-    void upload(const QString &file) override;
-    void uploadDir(const QString &dir) override;
-    void download(int id) override;
-    void reservedOperation(int argument) override;
-    void deleteTask(int id) override;
+    void upload(const QString &file) override { calls << "upload " + file; }
+    void uploadDir(const QString &dir) override { calls << "uploadDir " + dir; }
+    void download(int id) override { calls << QStringLiteral("download %1").arg(id); }
+    void reservedOperation(int argument) override { calls << QStringLiteral("reservedOperation %1").arg(argument); }
+    void deleteTask(int id) override { calls << QStringLiteral("deleteTask %1").arg(id); }
     QList<TaskInfo *> refreshTask(int type, int status) override;
     QList<DownloadInfo *> refreshDown(const QString &name) override;
     QList<FileEntry *> getFileInfo(const QString &path, const QString &name) override;
-    void deleteFile(const QString &path) override;
-    bool connectToServer() override;
-    void parseAuthCode(const QString &json) override;
-    void loadSampleSettings() override;
+    void deleteFile(const QString &path) override { calls << "deleteFile " + path; }
+    bool connectToServer() override
+    {
+        calls << "connectToServer";
+        return true;
+    }
+    void parseAuthCode(const QString &json) override { calls << "parseAuthCode " + json; }
+    void loadSampleSettings() override { calls << "loadSampleSettings"; }
     const QString &userName() const override { return user; }
     const QString &homePath() const override { return home; }
     const QString &projectName() const override { return project; }
-    int validDays() const override { return days; }
-    void continueTask(int id) override;
-    void pauseTask(int id) override;
-    void createDir(const QString &path) override;
-    void rename(const QString &oldPath, const QString &newPath) override;
-    void setServerState(const ServerState &state) override;
+    int validDays() const override { return 7; }
+    void continueTask(int id) override { calls << QStringLiteral("continueTask %1").arg(id); }
+    void pauseTask(int id) override { calls << QStringLiteral("pauseTask %1").arg(id); }
+    void createDir(const QString &path) override { folderOperation("createDir " + path); }
+    void rename(const QString &from, const QString &to) override { folderOperation("rename " + from + ' ' + to); }
+    void setServerState(const ServerState &newState) override
+    {
+        calls << QStringLiteral("setServerState %1").arg(newState);
+    }
 
     // Rows shaped like a listing: folders and files with the given names, ids from 0.
     static QList<FileEntry *> makeEntries(const QStringList &names, const QStringList &folders = {});
+
+private:
+    void folderOperation(const QString &call)
+    {
+        calls << call;
+        hasError = failFolderOperations;
+        if (failFolderOperations)
+            lastError = QStringLiteral("folder operation failed");
+    }
 };
