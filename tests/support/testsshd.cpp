@@ -2,6 +2,7 @@
 
 #include <QDateTime>
 #include <QDeadlineTimer>
+#include <QDir>
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QStandardPaths>
@@ -9,8 +10,6 @@
 #include <QThread>
 
 #include <cerrno>
-#include <fcntl.h>
-#include <ftw.h>
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -35,11 +34,6 @@ bool makeRootFolder(const char *path)
     return (::mkdir(path, 0755) == 0 || errno == EEXIST) && ::chown(path, 0, 0) == 0 && ::chmod(path, 0755) == 0;
 }
 
-int removeEntry(const char *path, const struct stat *, int, struct FTW *)
-{
-    return ::remove(path);
-}
-
 // The client under test records each server's key in the user's configuration. Tests keep theirs in a
 // folder of their own process (Qt's test locations lie below the home folder), never in the user's, and
 // two suites run side by side never meet in one known-hosts file.
@@ -56,9 +50,8 @@ TestSshd::~TestSshd()
 {
     m_process.kill();
     m_process.waitForFinished();
-    // Removed byte by byte: a test may leave names that are not valid text.
     if (!m_root.isEmpty())
-        ::nftw(QFile::encodeName(m_root).constData(), removeEntry, 16, FTW_DEPTH | FTW_PHYS);
+        QDir(m_root).removeRecursively();
 }
 
 bool TestSshd::required()
@@ -104,13 +97,14 @@ bool TestSshd::prepare(QString *whyNot)
          ++attempt)
         QThread::msleep(200);
     QByteArray root = QByteArray(TestBase) + "/sshd.XXXXXX";
-    if (!passwordSet || !::mkdtemp(root.data()) || ::chmod(root.constData(), 0755) != 0) {
-        *whyNot = QStringLiteral("cannot set up the test account %1 and its chroot").arg(userName());
-        return false;
+    if (passwordSet && ::mkdtemp(root.data()) && ::chmod(root.constData(), 0755) == 0) {
+        m_root = QFile::decodeName(root);
+        const QByteArray home = QFile::encodeName(homeOnDisk());
+        if (::mkdir(home.constData(), 0755) == 0 && ownByAccount(home))
+            return true;
     }
-    m_root = QFile::decodeName(root);
-    const QByteArray home = QFile::encodeName(homeOnDisk());
-    return ::mkdir(home.constData(), 0755) == 0 && ownByAccount(home);
+    *whyNot = QStringLiteral("cannot set up the test account %1 and its chroot").arg(userName());
+    return false;
 }
 
 bool TestSshd::copySharedHostKey(QString *whyNot) const
