@@ -74,7 +74,6 @@ private slots:
         QCOMPARE(SdkSftp::init(), 0);
         TESTSSHD_START(m_server);
     }
-    void init() { m_backend.reset(); }
     void cleanup() { VERIFY_NO_QT_WARNINGS(); }
     void cleanupTestCase()
     {

@@ -48,15 +48,9 @@ void keepKnownHostsPrivate()
 
 TestSshd::~TestSshd()
 {
-    m_process.kill();
-    m_process.waitForFinished();
+    stop();
     if (!m_root.isEmpty())
         QDir(m_root).removeRecursively();
-}
-
-bool TestSshd::required()
-{
-    return qEnvironmentVariableIntValue("OMBRIVANE_REQUIRE_SSHD") == 1;
 }
 
 bool TestSshd::start(QString *whyNot)
@@ -66,7 +60,7 @@ bool TestSshd::start(QString *whyNot)
         return false;
     }
     keepKnownHostsPrivate();
-    if (!prepare(whyNot) || !copySharedHostKey(whyNot))
+    if (!prepare(whyNot) || !prepareKeys(whyNot))
         return false;
     // The free port is found by binding to port 0 and letting it go; another process may take it in
     // between, so a bind failure is tried again with a new port.
@@ -107,7 +101,7 @@ bool TestSshd::prepare(QString *whyNot)
     return false;
 }
 
-bool TestSshd::copySharedHostKey(QString *whyNot) const
+bool TestSshd::prepareKeys(QString *whyNot) const
 {
     // Every test server of this machine shows the same host key, so that a port used again by a later
     // server never looks like a changed server to the known hosts the client keeps. Made once, under a
@@ -121,8 +115,14 @@ bool TestSshd::copySharedHostKey(QString *whyNot) const
         QFile::remove(made);
         QFile::remove(made + QStringLiteral(".pub"));
     }
-    if (!QFile::copy(shared, m_configDir.filePath(QStringLiteral("host_key")))) {
-        *whyNot = QStringLiteral("cannot copy the shared host key %1").arg(shared);
+    // The account reads its authorized keys itself, so the folder and that file must be readable to it.
+    const QString authorized = m_configDir.filePath(QStringLiteral("authorized_keys"));
+    if (!QFile::copy(shared, m_configDir.filePath(QStringLiteral("host_key")))
+        || !runTool("ssh-keygen", { "-q", "-t", "ed25519", "-N", "", "-f", clientKeyPath() })
+        || !QFile::copy(clientKeyPath() + QStringLiteral(".pub"), authorized)
+        || ::chmod(QFile::encodeName(authorized).constData(), 0644) != 0
+        || ::chmod(QFile::encodeName(m_configDir.path()).constData(), 0755) != 0) {
+        *whyNot = QStringLiteral("cannot copy the shared host key %1 or make the client key").arg(shared);
         return false;
     }
     return true;
@@ -133,14 +133,16 @@ bool TestSshd::listen(QString *whyNot)
     const QString config = m_configDir.filePath(QStringLiteral("sshd_config"));
     QFile file(config);
     file.open(QIODevice::WriteOnly | QIODevice::Truncate);
-    file.write(QStringLiteral("Port %1\nListenAddress 127.0.0.1\nHostKey %2\nPidFile none\nUseDNS no\n"
-                              "AllowUsers %3\nChrootDirectory %4\nMaxStartups 100\n"
-                              // Without PAM, sshd checks the password against the shadow file itself.
-                              "UsePAM no\nPasswordAuthentication yes\nKbdInteractiveAuthentication no\n"
-                              "Subsystem sftp internal-sftp -u 0000\nForceCommand internal-sftp -u 0000\n")
-                   .arg(m_port)
-                   .arg(m_configDir.filePath(QStringLiteral("host_key")), userName(), m_root)
-                   .toUtf8());
+    file.write(
+        QStringLiteral("Port %1\nListenAddress 127.0.0.1\nHostKey %2\nPidFile none\nUseDNS no\n"
+                       "AllowUsers %3\nChrootDirectory %4\nMaxStartups 100\nAuthorizedKeysFile %5\nStrictModes no\n"
+                       // Without PAM, sshd checks the password against the shadow file itself.
+                       "UsePAM no\nPasswordAuthentication yes\nKbdInteractiveAuthentication no\n"
+                       "Subsystem sftp internal-sftp -u 0000\nForceCommand internal-sftp -u 0000\n")
+            .arg(m_port)
+            .arg(m_configDir.filePath(QStringLiteral("host_key")), userName(), m_root,
+                 m_configDir.filePath(QStringLiteral("authorized_keys")))
+            .toUtf8());
     file.close();
     m_output.clear();
     m_process.setProcessChannelMode(QProcess::MergedChannels);
@@ -159,12 +161,6 @@ bool TestSshd::listen(QString *whyNot)
     m_output += m_process.readAll();
     *whyNot = QStringLiteral("sshd did not listen on port %1: %2").arg(m_port).arg(QString::fromLocal8Bit(m_output));
     return false;
-}
-
-QString TestSshd::output()
-{
-    m_output += m_process.readAll();
-    return QString::fromLocal8Bit(m_output);
 }
 
 bool TestSshd::ownByAccount(const QByteArray &path) const

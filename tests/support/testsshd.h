@@ -8,7 +8,8 @@
 
 // A private OpenSSH server for the SFTP tests: Debian's sshd in the foreground on a free loopback port,
 // the internal SFTP server only (with no umask, so the modes the client asks for show unmasked), and a
-// chroot whose /user-01 belongs to a test account that logs in by password.
+// chroot whose /user-01 belongs to a test account that logs in by password (or, for OpenSSH's own client,
+// by key).
 //
 // sshd insists that every folder above a chroot is root-owned and writable by root only, so the chroot
 // lives under /var/lib/ombrivane-test rather than under /tmp. Creating the account and running sshd need
@@ -23,13 +24,21 @@ public:
 
     // Starts the server and waits until it listens. False, with the reason, when it cannot run here.
     bool start(QString *whyNot);
+    // Ends the listener; sessions still open end with their clients.
+    void stop()
+    {
+        m_process.kill();
+        m_process.waitForFinished();
+    }
 
     static QString host() { return QStringLiteral("127.0.0.1"); }
     quint16 port() const { return m_port; }
     static QString userName() { return QStringLiteral("ombrivane-sftp"); }
     QString homeOnDisk() const { return m_root + QStringLiteral("/user-01"); }
+    // A private key that the test account accepts, for OpenSSH's sftp client.
+    QString clientKeyPath() const { return m_configDir.filePath(QStringLiteral("client_key")); }
     // What sshd logged so far (its sessions log there too).
-    QString output();
+    QString output() { return QString::fromLocal8Bit(m_output += m_process.readAll()); }
 
     // Made under /user-01 on the server's disk and owned by the test account, as if it had made them.
     bool makeDir(const QString &relative) const;
@@ -41,11 +50,11 @@ public:
     static QString authCode(const QJsonObject &json);
 
     // Set by CI: a server that cannot run is then a failure instead of a skipped test.
-    static bool required();
+    static bool required() { return qEnvironmentVariableIntValue("OMBRIVANE_REQUIRE_SSHD") == 1; }
 
 private:
     bool prepare(QString *whyNot);
-    bool copySharedHostKey(QString *whyNot) const;
+    bool prepareKeys(QString *whyNot) const;
     bool listen(QString *whyNot);
     bool ownByAccount(const QByteArray &path) const;
 
