@@ -74,7 +74,13 @@ private slots:
         QCOMPARE(SdkSftp::init(), 0);
         TESTSSHD_START(m_server);
     }
-    void cleanup() { VERIFY_NO_QT_WARNINGS(); }
+    void cleanup()
+    {
+        m_backend.reset(); // the goodbye to a silent server does not wait
+        m_scripted.kill();
+        m_scripted.waitForFinished();
+        VERIFY_NO_QT_WARNINGS();
+    }
     void cleanupTestCase()
     {
         m_backend.reset();
@@ -251,28 +257,26 @@ private slots:
         QFETCH(QString, mode);
         QFETCH(QStringList, names);
         QFETCH(QString, error);
-        QProcess server; // any password signs in; a new host key each time
-        server.start(QStringLiteral("/usr/bin/python3"), { QStringLiteral(SCRIPTED_SFTP_SERVER), mode });
-        QVERIFY(server.waitForReadyRead(20000));
+        m_scripted.start(QStringLiteral("/usr/bin/python3"), { QStringLiteral(SCRIPTED_SFTP_SERVER), mode });
+        QVERIFY(m_scripted.waitForReadyRead(20000)); // any password signs in; a new host key each time
         QFile::remove(SdkKnownHosts::defaultFilePath());
         bool connected = false;
-        const QString port = QString::fromLatin1(server.readLine().trimmed());
+        const QString port = QString::fromLatin1(m_scripted.readLine().trimmed());
         m_backend = connectBackend(withUserInfo(m_server.codeJson(), QStringLiteral("port"), port), &connected);
         QVERIFY2(connected, qPrintable(m_backend->lastError));
         m_backend->setSessionTimeout(2000);
         m_backend->setListingLimit(7);
         const QList<FileEntry *> entries = m_backend->getFileInfo(QStringLiteral("/any"), QString());
-        names.sort();
-        QCOMPARE(namesOf(entries), names);
+        const QStringList listed = namesOf(entries);
         qDeleteAll(entries);
+        names.sort();
+        QCOMPARE(listed, names);
         QCOMPARE(m_backend->lastError, error);
-        m_backend.reset(); // the goodbye to a silent server does not wait
-        server.kill();
-        server.waitForFinished();
     }
 
 private:
     TestSshd m_server;
+    QProcess m_scripted;
     std::unique_ptr<SdkSftp> m_backend;
     int m_folders = 0;
 };
