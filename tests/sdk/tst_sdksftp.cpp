@@ -188,6 +188,10 @@ private slots:
         QVERIFY2(m_backend->lastError.contains(QStringLiteral("新名称“taken”已存在")),
                  qPrintable(m_backend->lastError));
         QVERIFY(QFileInfo(disk + QStringLiteral("renamed")).isDir());
+        // A rename failing for another reason is not blamed on a taken name.
+        m_backend->rename(QStringLiteral("/user-01/ops/gone"), QStringLiteral("/user-01/ops/free"));
+        QCOMPARE(m_backend->lastError,
+                 QStringLiteral("rename oldFile:/user-01/ops/gone to newFile:/user-01/ops/free occur error:-31"));
     }
 
     void listing_data()
