@@ -1,0 +1,289 @@
+// The SFTP back end against a real OpenSSH server (one per run, each test in its own folder on it), and
+// against a scripted server for the misbehaviour OpenSSH never shows.
+
+#include "app/vormain.h"
+#include "model/vordata.h"
+#include "model/vorlogin.h"
+#include "ops/vorsdk.h"
+#include "sdk/sdkknownhosts.h"
+#include "sdk/sdksftp.h"
+#include "support/modalanswerer.h"
+#include "support/testsshd.h"
+#include "support/warningguard.h"
+
+#include <QJsonDocument>
+#include <QLabel>
+#include <QPushButton>
+#include <QTextEdit>
+#include <QtTest>
+
+#include <sys/stat.h>
+
+namespace {
+
+QJsonObject withUserInfo(QJsonObject code, const QString &key, const QString &value)
+{
+    QJsonObject userInfo = code.value(QStringLiteral("userInfo")).toObject();
+    userInfo.insert(key, value);
+    code.insert(QStringLiteral("userInfo"), userInfo);
+    return code;
+}
+
+std::unique_ptr<SdkSftp> connectBackend(const QJsonObject &code, bool *connected)
+{
+    auto backend = std::make_unique<SdkSftp>();
+    backend->parseAuthCode(QString::fromUtf8(QJsonDocument(code).toJson()));
+    *connected = backend->connectToServer();
+    return backend;
+}
+
+unsigned modeOf(const QString &path)
+{
+    struct stat info
+    {
+    };
+    return ::stat(QFile::encodeName(path).constData(), &info) == 0 ? info.st_mode & 07777 : 07777u;
+}
+
+QStringList namesOf(const QList<FileEntry *> &entries)
+{
+    QStringList names;
+    for (const FileEntry *entry : entries)
+        names << entry->name;
+    names.sort();
+    return names;
+}
+
+bool labelShows(QWidget *window, const QString &text)
+{
+    const QList<QLabel *> labels = window->findChildren<QLabel *>();
+    return std::any_of(labels.begin(), labels.end(),
+                       [&text](const QLabel *label) { return label->isVisible() && label->text() == text; });
+}
+
+} // namespace
+
+class TestSdkSftp : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        WarningGuard::install();
+        QCOMPARE(SdkSftp::init(), 0);
+        TESTSSHD_START(m_server);
+    }
+    void cleanup()
+    {
+        m_backend.reset(); // the goodbye to a silent server does not wait
+        m_scripted.kill();
+        m_scripted.waitForFinished();
+        VERIFY_NO_QT_WARNINGS();
+    }
+    void cleanupTestCase()
+    {
+        m_backend.reset();
+        VorSdk::instance()->exit();
+        SdkSftp::exit();
+    }
+
+    // First, while no session has ended yet: the server's log then shows this one's goodbye.
+    void signInAndOutThroughTheWindows()
+    {
+        QVERIFY(m_server.makeDir(QStringLiteral("shown")));
+        VorLogin *login = VorData::instance()->loginDialog();
+        login->show();
+        login->findChild<QTextEdit *>(QStringLiteral("textEdit"))
+            ->setPlainText(TestSshd::authCode(m_server.codeJson()));
+        login->findChild<QPushButton *>(QStringLiteral("pushButtonLogin"))->click(); // returns once signed in
+        VorMain *window = VorData::instance()->mainWindow();
+        QTRY_VERIFY(window->isVisible());
+        QCOMPARE(VorData::instance()->path(), QStringLiteral("/user-01"));
+        QTRY_VERIFY(labelShows(window, QStringLiteral("shown")));
+        // Built on the login worker, used on this thread.
+        QCOMPARE(VorSdk::instance()->backend()->thread(), QThread::currentThread());
+        QVERIFY(!m_server.output().contains(QStringLiteral("Received disconnect")));
+
+        ModalAnswerer answerer;
+        answerer.answer(QStringLiteral("pushButtonYes")); // 确认退出？
+        window->findChild<QPushButton *>(QStringLiteral("pushButtonExit"))->click();
+        QTRY_VERIFY(login->isVisible());
+        QCOMPARE(VorSdk::instance()->backend(), nullptr);
+        QTRY_VERIFY2(m_server.output().contains(QStringLiteral("Received disconnect from 127.0.0.1")),
+                     qPrintable(m_server.output()));
+    }
+
+    void refusedSignIn_data()
+    {
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("value");
+        QTest::addColumn<QString>("error");
+        QTest::newRow("wrong password") << "password"
+                                        << "not-the-password"
+                                        << "Authentication by password failed!";
+        QTest::newRow("nothing listens") << "port"
+                                         << "1" << QString();
+    }
+    void refusedSignIn()
+    {
+        QFETCH(QString, key);
+        QFETCH(QString, value);
+        QFETCH(QString, error);
+        bool connected = true;
+        m_backend = connectBackend(withUserInfo(m_server.codeJson(), key, value), &connected);
+        QVERIFY(!connected);
+        QCOMPARE(m_backend->lastError, error);
+    }
+
+    void knownHostsKeptPrivatelyPerPort()
+    {
+        const QString file = SdkKnownHosts::defaultFilePath();
+        QVERIFY(QDir(QFileInfo(file).path()).removeRecursively());
+        const mode_t umaskBefore = ::umask(0);
+        bool connected = false;
+        m_backend = connectBackend(m_server.codeJson(), &connected);
+        ::umask(umaskBefore);
+        QVERIFY2(connected, qPrintable(m_backend->lastError));
+        QCOMPARE(modeOf(file), 0600u);
+        QCOMPARE(modeOf(QFileInfo(file).path()), 0700u);
+        QFile known(file);
+        QVERIFY(known.open(QIODevice::ReadOnly));
+        const QByteArray entry = "[127.0.0.1]:" + QByteArray::number(m_server.port()) + " ssh-ed25519 ";
+        QVERIFY2(known.readAll().startsWith(entry), qPrintable(file));
+        known.close();
+
+        // Another key on record for this server: it may be an impostor, so the password is not sent.
+        const QByteArray otherKey = QByteArray::fromHex("0000000b7373682d6564323535313900000020") + QByteArray(32, 'k');
+        QVERIFY(known.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        known.write(entry + otherKey.toBase64() + '\n');
+        known.close();
+        m_backend = connectBackend(m_server.codeJson(), &connected);
+        QVERIFY(!connected);
+        QVERIFY2(m_backend->lastError.startsWith(QStringLiteral("服务器的身份已改变")),
+                 qPrintable(m_backend->lastError));
+        QVERIFY(QFile::remove(file));
+    }
+
+    void foldersAndRenames()
+    {
+        QVERIFY(m_server.makeDir(QStringLiteral("ops")) && m_server.writeFile(QStringLiteral("ops/taken"), "t"));
+        const QString disk = m_server.homeOnDisk() + QStringLiteral("/ops/");
+        bool connected = false;
+        m_backend = connectBackend(m_server.codeJson(), &connected);
+        m_backend->createDir(QStringLiteral("/user-01/ops/made"));
+        QVERIFY2(!m_backend->hasError, qPrintable(m_backend->lastError));
+        QCOMPARE(modeOf(disk + QStringLiteral("made")), 0755u); // the server masks nothing
+
+        m_backend->createDir(QStringLiteral("/user-01/ops/made"));
+        QVERIFY(m_backend->hasError);
+        // A rename that works clears the earlier failure.
+        m_backend->rename(QStringLiteral("/user-01/ops/made"), QStringLiteral("/user-01/ops/renamed"));
+        QVERIFY2(!m_backend->hasError, qPrintable(m_backend->lastError));
+        QVERIFY(QFileInfo(disk + QStringLiteral("renamed")).isDir());
+
+        // OpenSSH's server refuses an existing target; the user is told why.
+        m_backend->rename(QStringLiteral("/user-01/ops/renamed"), QStringLiteral("/user-01/ops/taken"));
+        QVERIFY(m_backend->hasError);
+        QVERIFY2(m_backend->lastError.contains(QStringLiteral("新名称“taken”已存在")),
+                 qPrintable(m_backend->lastError));
+        QVERIFY(QFileInfo(disk + QStringLiteral("renamed")).isDir());
+        // A rename failing for another reason is not blamed on a taken name.
+        m_backend->rename(QStringLiteral("/user-01/ops/gone"), QStringLiteral("/user-01/ops/free"));
+        QCOMPARE(m_backend->lastError,
+                 QStringLiteral("rename oldFile:/user-01/ops/gone to newFile:/user-01/ops/free occur error:-31"));
+    }
+
+    void listing_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<int>("bytes"); // -1: a folder
+        QTest::addColumn<bool>("link");
+        QTest::addColumn<QString>("size");
+        QTest::newRow("1000 bytes are 0 KB") << "a.bin" << 1000 << false << "0 KB";
+        QTest::newRow("2047 bytes are 1 KB") << "b.bin" << 2047 << false << "1 KB";
+        QTest::newRow("folder") << "sub" << -1 << false << QString();
+        QTest::newRow("link: its target's size") << "link" << 5000 << true << "4 KB";
+        // The stat sends the character count as the length: the path arrives cut and is not found.
+        QTest::newRow("Chinese name: the line's bytes") << "文件.txt" << 12 << false << "12";
+    }
+    void listing()
+    {
+        QFETCH(QString, name);
+        QFETCH(int, bytes);
+        QFETCH(bool, link);
+        QFETCH(QString, size);
+        const QString folder = QStringLiteral("list-%1").arg(++m_folders);
+        const QString target = link ? folder + QStringLiteral("-target") : folder + QLatin1Char('/') + name;
+        QVERIFY(m_server.makeDir(folder));
+        QVERIFY(bytes < 0 ? m_server.makeDir(target) : m_server.writeFile(target, QByteArray(bytes, 'x')));
+        if (link)
+            QVERIFY(QFile::link(QStringLiteral("../") + target, m_server.homeOnDisk() + '/' + folder + '/' + name));
+
+        bool connected = false;
+        m_backend = connectBackend(m_server.codeJson(), &connected);
+        const QString path = QStringLiteral("/user-01/") + folder;
+        // Sizes from a stat or a folder read stick for the session, even once the file grows.
+        for (int round = 0; round < (size.endsWith(QLatin1String("KB")) ? 2 : 1); ++round) {
+            if (round > 0)
+                QVERIFY(m_server.writeFile(target, QByteArray(bytes + 8192, 'x')));
+            const QList<FileEntry *> entries = m_backend->getFileInfo(path, QString());
+            const QStringList names = namesOf(entries);
+            const auto found
+                = std::find_if(entries.begin(), entries.end(), [&name](auto *e) { return e->name == name; });
+            const FileEntry entry = found != entries.end() ? **found : FileEntry();
+            qDeleteAll(entries);
+            QCOMPARE(names, (QStringList { QStringLiteral(".."), name }));
+            QCOMPARE(entry.name, name);
+            QCOMPARE(entry.isDir, bytes < 0);
+            if (!size.isEmpty())
+                QCOMPARE(entry.size, size);
+        }
+    }
+
+    void misbehavingServer_data()
+    {
+        QTest::addColumn<QString>("mode");
+        QTest::addColumn<QStringList>("names");
+        QTest::addColumn<QString>("error");
+        QTest::newRow("entry after a 600-byte name")
+            << "longname" << QStringList { "a", "b", QString(600, 'L') } << QString();
+        // Each reply well inside the time-out, all of them together well beyond it.
+        QTest::newRow("slow but answering")
+            << "slow" << QStringList { "s0", "s1", "s2", "s3", "s4", "s5" } << QString();
+        QTest::newRow("silent mid-listing") << "stall" << QStringList { "e0", "e1", "e2", "e3", "e4" }
+                                            << "服务器已2秒没有响应，连接已失效，请退出后重新登录！";
+        QTest::newRow("endless folder is cut") << "endless" << QStringList { "n0", "n1", "n2", "n3", "n4", "n5", "n6" }
+                                               << "文件夹内容超过7项，只显示了前7项！";
+    }
+    void misbehavingServer()
+    {
+        QFETCH(QString, mode);
+        QFETCH(QStringList, names);
+        QFETCH(QString, error);
+        m_scripted.start(QStringLiteral("/usr/bin/python3"), { QStringLiteral(SCRIPTED_SFTP_SERVER), mode });
+        QVERIFY(m_scripted.waitForReadyRead(20000)); // any password signs in; a new host key each time
+        QFile::remove(SdkKnownHosts::defaultFilePath());
+        bool connected = false;
+        const QString port = QString::fromLatin1(m_scripted.readLine().trimmed());
+        m_backend = connectBackend(withUserInfo(m_server.codeJson(), QStringLiteral("port"), port), &connected);
+        QVERIFY2(connected, qPrintable(m_backend->lastError));
+        m_backend->setSessionTimeout(2000);
+        m_backend->setListingLimit(7);
+        const QList<FileEntry *> entries = m_backend->getFileInfo(QStringLiteral("/any"), QString());
+        const QStringList listed = namesOf(entries);
+        qDeleteAll(entries);
+        names.sort();
+        QCOMPARE(listed, names);
+        QCOMPARE(m_backend->lastError, error);
+    }
+
+private:
+    TestSshd m_server;
+    QProcess m_scripted;
+    std::unique_ptr<SdkSftp> m_backend;
+    int m_folders = 0;
+};
+
+QTEST_MAIN(TestSdkSftp)
+#include "tst_sdksftp.moc"
