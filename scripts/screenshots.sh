@@ -10,4 +10,4 @@ cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
 cmake --build build -j2 --target ombrivane_screenshots
 mkdir -p docs/screenshots
 OMBRIVANE_SCREENSHOTS="$PWD/docs/screenshots" QT_QPA_PLATFORM=xcb \
-    xvfb-run -a -s "-screen 0 1400x900x24" build/tests/app/ombrivane_screenshots
+    xvfb-run -a -s "-screen 0 1400x900x24" build/scripts/screenshots/ombrivane_screenshots

@@ -3,7 +3,7 @@
 #include "app/vormain.h"
 #include "model/vordata.h"
 #include "model/vorlogin.h"
-#include "support/scenario.h"
+#include "scenario.h"
 #include "ui/vorpagesave.h"
 
 #include <QApplication>
