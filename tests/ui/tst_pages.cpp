@@ -185,6 +185,22 @@ private slots:
         QCOMPARE(m_backend->calls.last(), QStringLiteral("getFileInfo /a/b "));
     }
 
+    // A long fill lets queued events through. A newer listing among them frees the rows being drawn (the
+    // sanitizer build sees any later read of them), and the table must end with the newer listing.
+    void newerListingDuringAFill()
+    {
+        QTableWidget *t = open("pushButtonSave", m_main->pageSave());
+        VorData *store = VorData::instance();
+        const auto newer = [store] { store->updateSaveFileInfo(RecordingBackend::makeEntries({ "newer" })); };
+        QMetaObject::invokeMethod(store, newer, Qt::QueuedConnection);
+        QStringList names;
+        for (int i = 0; i < 500; ++i)
+            names << QString::number(i);
+        store->updateSaveFileInfo(RecordingBackend::makeEntries(names));
+        QCOMPARE(t->rowCount(), 1);
+        QCOMPARE(t->cellWidget(0, 1)->findChild<QLabel *>()->text(), QStringLiteral("newer"));
+    }
+
     void downloadSearchKeepsBlanks()
     {
         QTableWidget *t = open("pushButtonDownload", m_main->pageDownload());
