@@ -6,6 +6,7 @@
 #include "support/modalanswerer.h"
 #include "support/recordingbackend.h"
 #include "support/warningguard.h"
+#include "ui/vordialog.h"
 
 #include <QLineEdit>
 #include <QPointer>
@@ -85,6 +86,38 @@ private slots:
         QVERIFY(login->isVisible() && !window->isVisible());
         login->loginMessage(QString()); // what a successful sign-in reports
         QVERIFY(!login->isVisible() && window->isVisible() && !window->isMinimized());
+    }
+
+    // The style sheet reaches widgets by object name: a renamed form object silently loses its style.
+    void styleSheetSelectorsFindTheirObjects()
+    {
+        VorData::instance()->updateSaveFileInfo(SdkSamples::files());
+        VorData::instance()->updateTaskInfo(SdkSamples::tasks());
+        for (const char *page : { "pushButtonTask", "pushButtonSave" }) // rows get their cells once in view
+            QTest::mouseClick(child<QPushButton>(page), Qt::LeftButton);
+        VorDialog dialog;
+        QSet<QString> names;
+        for (QObject *top :
+             { static_cast<QObject *>(window), static_cast<QObject *>(VorData::instance()->loginDialog()),
+               static_cast<QObject *>(&dialog) }) {
+            names << top->objectName();
+            for (QObject *object : top->findChildren<QObject *>())
+                names << object->objectName();
+        }
+        QFile css(QStringLiteral(":/qss/ombrivane.css"));
+        QVERIFY(css.open(QIODevice::ReadOnly));
+        // Selectors only: comments and the declaration blocks (with their colours) are dropped.
+        const QString selectors
+            = QString::fromUtf8(css.readAll())
+                  .remove(QRegularExpression(R"(/\*.*?\*/|\{[^}]*\})", QRegularExpression::DotMatchesEverythingOption));
+        QStringList missing;
+        for (auto match = QRegularExpression(R"(#(\w+))").globalMatch(selectors); match.hasNext();) {
+            const QString name = match.next().captured(1);
+            if (!names.contains(name))
+                missing << name;
+        }
+        missing.removeDuplicates();
+        QVERIFY2(missing.isEmpty(), qPrintable(missing.join(' ')));
     }
 
     void textsFit()
