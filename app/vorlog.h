@@ -17,6 +17,8 @@ public:
 
     QString filePath() const { return m_filePath; }
     static QString levelLetter(int level);
+    // How a flag reads in a record.
+    static const char *boolText(bool value) { return value ? "true" : "false"; }
     void write(const QString &message);
 
     // The file name of a call site without folders and extension ("vorsdk" for ops/vorsdk.cpp), cut out

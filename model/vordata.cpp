@@ -23,11 +23,6 @@ template<typename Record> void replaceRecords(QList<Record *> &stored, const QLi
     stored = withoutNulls(incoming);
 }
 
-const char *boolText(bool value)
-{
-    return value ? "true" : "false";
-}
-
 } // namespace
 
 VorData::VorData(QObject *parent)
@@ -78,7 +73,7 @@ void VorData::updateFilePath(const QString &path)
 
 void VorData::updateSaveLocation(bool pub, bool pri)
 {
-    VOR_LOG(3, boolText(pub), boolText(pri));
+    VOR_LOG(3, VorLog::boolText(pub), VorLog::boolText(pri));
     m_pub = pub;
     m_pri = pri;
     emit dataUpdateLocation(pub, pri);
@@ -86,7 +81,7 @@ void VorData::updateSaveLocation(bool pub, bool pri)
 
 void VorData::updateUser(const QString &name, int days, bool show)
 {
-    VOR_LOG(3, name, days, boolText(show));
+    VOR_LOG(3, name, days, VorLog::boolText(show));
     m_userName = name;
     m_validDays = days;
     m_showTips = show;

@@ -19,8 +19,8 @@ public:
     struct Columns
     {
         int name = 1;
-        int nameStartWidth = 400; // until the rows are in and the columns are measured
         QVector<int> withCells; // the columns whose cells are widgets
+        int nameStartWidth = 400; // until the rows are in and the columns are measured
     };
 
     // resize is the page's sizing of its columns; the table and the page are watched, so both must live as

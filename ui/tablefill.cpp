@@ -27,6 +27,13 @@ public:
 
 } // namespace
 
+QTableWidgetItem *centredItem(const QString &text)
+{
+    auto *item = new QTableWidgetItem(text);
+    item->setTextAlignment(Qt::AlignCenter);
+    return item;
+}
+
 void giveCellWidgetsWholeCells(QTableWidget *table)
 {
     table->setItemDelegate(new WholeCellDelegate(table));

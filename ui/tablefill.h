@@ -6,6 +6,7 @@
 
 class QCheckBox;
 class QTableWidget;
+class QTableWidgetItem;
 class QWidget;
 
 // Filling a page's table with thousands of rows. A row's cell widgets cost about a millisecond and some
@@ -14,6 +15,11 @@ class QWidget;
 namespace TableFill {
 
 const int RowsBetweenPauses = 64;
+// The check-box column of the pages that have one (column 0).
+const int CheckColumnWidth = 72;
+
+// A text item of a table cell, centred both ways.
+QTableWidgetItem *centredItem(const QString &text);
 
 bool isPauseRow(int row);
 void letPostedEventsThrough();

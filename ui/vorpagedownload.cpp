@@ -16,13 +16,6 @@ const int DisplayedPages = 50;
 const char DateFormat[] = "yyyy-MM-dd HH:mm:ss";
 const char ElapsedFormat[] = "HH:mm:ss";
 
-QTableWidgetItem *centredItem(const QString &text)
-{
-    auto *item = new QTableWidgetItem(text);
-    item->setTextAlignment(Qt::AlignCenter);
-    return item;
-}
-
 } // namespace
 
 VorPageDownload::VorPageDownload(QWidget *parent)
@@ -60,12 +53,12 @@ void VorPageDownload::dataUpdateDownloadInfo()
 void VorPageDownload::fillRow(int row, const DownloadInfo *record)
 {
     QTableWidget *table = ui->tableWidget;
-    table->setItem(row, IdColumn, centredItem(QString::number(record->id)));
-    table->setItem(row, NameColumn, centredItem(record->name));
-    table->setItem(row, StartedColumn, centredItem(record->started.toString(QLatin1String(DateFormat))));
-    table->setItem(row, FinishedColumn, centredItem(record->finished.toString(QLatin1String(DateFormat))));
-    table->setItem(row, SizeColumn, centredItem(record->size));
-    table->setItem(row, ElapsedColumn, centredItem(record->elapsed.toString(QLatin1String(ElapsedFormat))));
+    table->setItem(row, IdColumn, TableFill::centredItem(QString::number(record->id)));
+    table->setItem(row, NameColumn, TableFill::centredItem(record->name));
+    table->setItem(row, StartedColumn, TableFill::centredItem(record->started.toString(QLatin1String(DateFormat))));
+    table->setItem(row, FinishedColumn, TableFill::centredItem(record->finished.toString(QLatin1String(DateFormat))));
+    table->setItem(row, SizeColumn, TableFill::centredItem(record->size));
+    table->setItem(row, ElapsedColumn, TableFill::centredItem(record->elapsed.toString(QLatin1String(ElapsedFormat))));
 }
 
 void VorPageDownload::resizeTable()

@@ -18,22 +18,8 @@ namespace {
 
 enum Column { CheckColumn, NameColumn, StorageColumn, SizeColumn, ModifiedColumn, HandleColumn };
 
-const int CheckColumnWidth = 72;
-const int NameColumnStartWidth = 400;
 const int UploadMenuWidth = 160;
 const char DateFormat[] = "yyyy/MM/dd HH:mm:ss";
-
-QTableWidgetItem *centredItem(const QString &text)
-{
-    auto *item = new QTableWidgetItem(text);
-    item->setTextAlignment(Qt::AlignCenter);
-    return item;
-}
-
-const char *boolText(bool value)
-{
-    return value ? "true" : "false";
-}
 
 } // namespace
 
@@ -48,9 +34,8 @@ VorPageSave::VorPageSave(QWidget *parent)
     connect(m_header, &SCheckBoxHeaderView::checkStausChange, this, &VorPageSave::checkStausChange);
 
     m_table = new PageTable(
-        ui->tableWidget, { NameColumn, NameColumnStartWidth, { CheckColumn, NameColumn, HandleColumn } },
-        [this](int row) { buildRow(row); }, [this](int row, const QVector<QWidget *> &cells) { rebindRow(row, cells); },
-        [this] { resizeTable(); }, this);
+        ui->tableWidget, { NameColumn, { CheckColumn, NameColumn, HandleColumn } }, [this](int row) { buildRow(row); },
+        [this](int row, const QVector<QWidget *> &cells) { rebindRow(row, cells); }, [this] { resizeTable(); }, this);
     buildUploadMenu();
 }
 
@@ -77,7 +62,7 @@ void VorPageSave::setPath(const QString &path)
 
 void VorPageSave::dataUpdateLocation(bool pub, bool pri)
 {
-    VOR_LOG(3, boolText(pub), boolText(pri));
+    VOR_LOG(3, VorLog::boolText(pub), VorLog::boolText(pri));
     ui->widgetLocation->setPublicVisible(pub);
     ui->widgetLocation->setPrivateVisible(pri);
 }
@@ -98,9 +83,9 @@ void VorPageSave::redrawTable()
 void VorPageSave::fillRow(int row, FileEntry *entry)
 {
     QTableWidget *table = ui->tableWidget;
-    table->setItem(row, StorageColumn, centredItem(entry->storageClass));
-    table->setItem(row, SizeColumn, centredItem(entry->size));
-    table->setItem(row, ModifiedColumn, centredItem(entry->modified.toString(QLatin1String(DateFormat))));
+    table->setItem(row, StorageColumn, TableFill::centredItem(entry->storageClass));
+    table->setItem(row, SizeColumn, TableFill::centredItem(entry->size));
+    table->setItem(row, ModifiedColumn, TableFill::centredItem(entry->modified.toString(QLatin1String(DateFormat))));
 }
 
 void VorPageSave::buildRow(int row)
@@ -128,11 +113,11 @@ void VorPageSave::resizeTable()
     if (!table->isVisible())
         return;
     const QScrollBar *bar = table->verticalScrollBar();
-    VOR_LOG(3, bar->width(), boolText(bar->isVisible()));
+    VOR_LOG(3, bar->width(), VorLog::boolText(bar->isVisible()));
     // The stretched last column would otherwise count with the room it was given last time, not with
     // what its buttons need, and keep that room from the name column.
     m_header->setStretchLastSection(false);
-    TableFill::fitNameColumn(table, NameColumn, CheckColumnWidth);
+    TableFill::fitNameColumn(table, NameColumn, TableFill::CheckColumnWidth);
     m_header->setStretchLastSection(true);
 }
 
@@ -144,7 +129,7 @@ void VorPageSave::resizeEvent(QResizeEvent *event)
 
 void VorPageSave::checkStausChange(bool checked)
 {
-    VOR_LOG(3, boolText(checked));
+    VOR_LOG(3, VorLog::boolText(checked));
     m_table->rows().setAllChecked(checked);
 }
 

@@ -26,22 +26,8 @@ enum Column {
     HandleColumn
 };
 
-const int CheckColumnWidth = 72;
-const int NameColumnStartWidth = 400;
 const int DisplayedPages = 100;
 const char DateFormat[] = "yyyy/MM/dd HH:mm:ss";
-
-QTableWidgetItem *centredItem(const QString &text)
-{
-    auto *item = new QTableWidgetItem(text);
-    item->setTextAlignment(Qt::AlignCenter);
-    return item;
-}
-
-const char *boolText(bool value)
-{
-    return value ? "true" : "false";
-}
 
 } // namespace
 
@@ -61,8 +47,7 @@ VorPageTask::VorPageTask(QWidget *parent)
     connect(m_header, &SCheckBoxHeaderView::checkStausChange, this, &VorPageTask::checkStausChange);
 
     m_table = new PageTable(
-        ui->tableWidget,
-        { NameColumn, NameColumnStartWidth, { CheckColumn, NameColumn, ProgressColumn, HandleColumn } },
+        ui->tableWidget, { NameColumn, { CheckColumn, NameColumn, ProgressColumn, HandleColumn } },
         [this](int row) { buildRow(row); }, [this](int row, const QVector<QWidget *> &cells) { rebindRow(row, cells); },
         [this] { resizeTable(); }, this);
 }
@@ -101,10 +86,10 @@ void VorPageTask::redrawTable()
 void VorPageTask::fillRow(int row, TaskInfo *task)
 {
     QTableWidget *table = ui->tableWidget;
-    table->setItem(row, TypeColumn, centredItem(task->type));
-    table->setItem(row, StatusColumn, centredItem(statusText(task->status)));
-    table->setItem(row, SizeColumn, centredItem(task->size));
-    table->setItem(row, CreatedColumn, centredItem(task->created.toString(QLatin1String(DateFormat))));
+    table->setItem(row, TypeColumn, TableFill::centredItem(task->type));
+    table->setItem(row, StatusColumn, TableFill::centredItem(statusText(task->status)));
+    table->setItem(row, SizeColumn, TableFill::centredItem(task->size));
+    table->setItem(row, CreatedColumn, TableFill::centredItem(task->created.toString(QLatin1String(DateFormat))));
 }
 
 void VorPageTask::buildRow(int row)
@@ -129,7 +114,7 @@ void VorPageTask::resizeTable()
 {
     // Out of sight the columns would be measured by every row; they are sized when the page is shown.
     if (ui->tableWidget->isVisible())
-        TableFill::fitNameColumn(ui->tableWidget, NameColumn, CheckColumnWidth);
+        TableFill::fitNameColumn(ui->tableWidget, NameColumn, TableFill::CheckColumnWidth);
 }
 
 void VorPageTask::resizeEvent(QResizeEvent *event)
@@ -140,14 +125,14 @@ void VorPageTask::resizeEvent(QResizeEvent *event)
 
 void VorPageTask::dataUpdateLocation(bool pub, bool pri)
 {
-    VOR_LOG(3, boolText(pub), boolText(pri));
+    VOR_LOG(3, VorLog::boolText(pub), VorLog::boolText(pri));
     ui->widgetLocation->setPublicVisible(pub);
     ui->widgetLocation->setPrivateVisible(pri);
 }
 
 void VorPageTask::checkStausChange(bool checked)
 {
-    VOR_LOG(3, boolText(checked));
+    VOR_LOG(3, VorLog::boolText(checked));
     m_table->rows().setAllChecked(checked);
 }
 
