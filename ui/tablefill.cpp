@@ -25,6 +25,11 @@ public:
     }
 };
 
+bool isPauseRow(int row)
+{
+    return (row + 1) % RowsBetweenPauses == 0;
+}
+
 } // namespace
 
 QTableWidgetItem *centredItem(const QString &text)
@@ -37,16 +42,6 @@ QTableWidgetItem *centredItem(const QString &text)
 void giveCellWidgetsWholeCells(QTableWidget *table)
 {
     table->setItemDelegate(new WholeCellDelegate(table));
-}
-
-bool isPauseRow(int row)
-{
-    return (row + 1) % RowsBetweenPauses == 0;
-}
-
-void letPostedEventsThrough()
-{
-    QCoreApplication::sendPostedEvents();
 }
 
 // Set by a cell on itself while one of its own actions runs; that action may be what redraws the table.
@@ -104,7 +99,7 @@ bool Redraw::fillRows(int count, const std::function<void(int row)> &fillRow)
     for (int row = 0; row < count; ++row) {
         fillRow(row);
         if (isPauseRow(row)) {
-            letPostedEventsThrough();
+            QCoreApplication::sendPostedEvents();
             if (m_again)
                 return false;
         }

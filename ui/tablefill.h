@@ -21,9 +21,6 @@ const int CheckColumnWidth = 72;
 // A text item of a table cell, centred both ways.
 QTableWidgetItem *centredItem(const QString &text);
 
-bool isPauseRow(int row);
-void letPostedEventsThrough();
-
 // Lets the cell widgets of a table cover their whole cells: the style's item padding is meant for the text
 // items, and would take from each cell widget the room its column was sized to give it.
 void giveCellWidgetsWholeCells(QTableWidget *table);
@@ -80,7 +77,6 @@ public:
     QWidget *makeCheckCell(int row);
 
     int count() const { return m_checked.size(); }
-    bool isChecked(int row) const { return m_checked.at(row); }
     // The checked rows among the first count, in row order.
     QVector<int> checkedRows(int count) const;
     void setAllChecked(bool checked);
