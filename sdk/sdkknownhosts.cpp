@@ -78,9 +78,11 @@ SdkKnownHosts::Verdict SdkKnownHosts::check(const QString &host, quint16 port)
         return Verdict::Unknown; // nothing written either: a file we cannot read is not overwritten
 
     // Any recorded key of this host counts, whatever its type: a server that suddenly shows a key of
-    // another type is as suspect as one that shows another key.
-    const QByteArray name = host.toUtf8();
-    const int found = libssh2_knownhost_checkp(m_hosts, name.constData(), port, key, keyLength,
+    // another type is as suspect as one that shows another key. The server is looked up under the one name
+    // OpenSSH gives it; with a port, libssh2 would also take the bare host's entry, which belongs to the
+    // server on port 22, for this one's.
+    const QByteArray name = entryName(host, port);
+    const int found = libssh2_knownhost_checkp(m_hosts, name.constData(), -1, key, keyLength,
                                                LIBSSH2_KNOWNHOST_TYPE_PLAIN | LIBSSH2_KNOWNHOST_KEYENC_RAW, nullptr);
     switch (found) {
     case LIBSSH2_KNOWNHOST_CHECK_MATCH:
@@ -88,7 +90,7 @@ SdkKnownHosts::Verdict SdkKnownHosts::check(const QString &host, quint16 port)
     case LIBSSH2_KNOWNHOST_CHECK_MISMATCH:
         return Verdict::Changed;
     case LIBSSH2_KNOWNHOST_CHECK_NOTFOUND:
-        record(entryName(host, port), key, keyLength, knownHostKeyType(hostKeyType));
+        record(name, key, keyLength, knownHostKeyType(hostKeyType));
         return Verdict::Unknown;
     default:
         VOR_LOG(1, "host key check failed", found);
