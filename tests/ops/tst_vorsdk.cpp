@@ -75,6 +75,9 @@ private slots:
         QTest::newRow("one more") << code.leftJustified(64 * 1024 + 1, QLatin1Char('.')) << parseError;
         QTest::newRow("storage in capitals") << codeOf(R"({"storage":"Tarn"})") << parseError;
         QTest::newRow("repeated name") << codeOf(R"({"storage":"tarn","project":"a","project":"b"})") << parseError;
+        QTest::newRow("nothing listens") << codeOf(
+            R"({"storage":"sftp","userInfo":{"host":"127.0.0.1","port":"1","expireTime":"0"}})")
+                                         << QStringLiteral("登录服务器失败，请检查你的授权码是否有效！\n错误信息：");
         QTest::newRow("repeated with escapes")
             << codeOf(R"({"storage":"tarn","project":"a","\u0070roj\u0065ct":"b"})") << parseError;
     }
@@ -137,13 +140,15 @@ private slots:
         auto *recorder = new RecordingBackend;
         VorSdk::instance()->adoptBackend(recorder);
         data->updateFilePath(current);
-        QString pathWhenListed;
-        QObject receiver;
-        connect(data, &VorData::dataUpdateSaveFileInfo, &receiver, [&] { pathWhenListed = data->path(); });
+        QString pathWhenAsked;
+        recorder->listing = [&](const QString &) {
+            pathWhenAsked = data->path();
+            return QList<FileEntry *>();
+        };
         VorSdk::instance()->EnterDir(dir);
         QCOMPARE(recorder->calls, listed.isEmpty() ? QStringList() : QStringList { "getFileInfo " + listed + " " });
-        // The path bar shows the folder by the time the page hears of its rows.
-        QCOMPARE(pathWhenListed, listed);
+        // The path bar shows the folder while a slow server is still listing it.
+        QCOMPARE(pathWhenAsked, listed);
     }
 
     void forwardsEveryItem()
