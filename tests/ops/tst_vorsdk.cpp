@@ -8,6 +8,7 @@
 #include "support/warningguard.h"
 #include "ui/vorpagetask.h"
 
+#include <QLabel>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTextEdit>
@@ -40,7 +41,8 @@ private slots:
         QSignalSpy spy(data, &VorData::dataUpdateTaskInfo);
         data->addTaskInfo({}); // nothing to announce
         data->addTaskInfo({ new TaskInfo });
-        QCOMPARE(spy.count(), 1);
+        data->addTaskInfo({}); // the page still redraws what it has
+        QCOMPARE(spy.count(), 2);
     }
 
     void expiryTipShowsToTheLastDayAndAfter()
@@ -48,6 +50,8 @@ private slots:
         data->updateUser(QStringLiteral("tarn"), -3, true);
         QCOMPARE(data->getUserTips(),
                  QStringLiteral("您的授权码有效期还有 -3 天，到期后若需要继续使用请联系业务管理员"));
+        data->updateUser(QStringLiteral("tarn"), 5, false);
+        QCOMPARE(data->getUserTips(), QString());
     }
 
     void taskPageShowsTheStorageKind()
@@ -96,6 +100,7 @@ private slots:
         dialog->findChild<QPushButton *>(QStringLiteral("pushButtonLogin"))->click();
 
         QCOMPARE(answerer.seen().value(1).text, message);
+        QCOMPARE(answerer.seen().value(1).title, message.isEmpty() ? QString() : QStringLiteral("错误"));
         QCOMPARE(dialog->isVisible(), !message.isEmpty());
         QCOMPARE(data->mainWindow()->isVisible(), message.isEmpty());
         if (message.isEmpty()) {
@@ -103,6 +108,12 @@ private slots:
             SdkObject *backend = VorSdk::instance()->backend();
             QVERIFY(backend->thread() == QThread::currentThread() && backend->parent() == VorSdk::instance());
             QVERIFY(data->isPublic() && !data->isPrivate());
+            // The title bar names the user and says how long the code stays valid.
+            QCOMPARE(data->mainWindow()->findChild<QPushButton *>("pushButtonUser")->text(), backend->userName());
+            QVERIFY(data->mainWindow()
+                        ->findChild<QLabel *>("labelTips")
+                        ->text()
+                        .contains(QRegularExpression(QStringLiteral("^您的授权码有效期还有 \\d{4,} 天"))));
             data->mainWindow()->hide();
         }
     }
@@ -130,6 +141,7 @@ private slots:
         QTest::addColumn<QString>("listed"); // empty: nothing is listed
         QTest::newRow("nothing above the root") << QStringLiteral("/") << QStringLiteral("..") << QString();
         QTest::newRow("cleaned") << QStringLiteral("/a/b") << QStringLiteral("../c/") << QStringLiteral("/a/c");
+        QTest::newRow("up one level") << QStringLiteral("/a/b") << QStringLiteral("..") << QStringLiteral("/a");
     }
 
     void enterDir()
