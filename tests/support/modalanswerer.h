@@ -13,12 +13,14 @@ public:
     {
         QString title, text; // text: the message, wait text or input prompt, whichever the dialog showed
         bool noButtonVisible = false;
+        QString buttons; // the texts of the buttons the user can see: yes, no, then the title bar's close
     };
 
     explicit ModalAnswerer(QObject *parent = nullptr);
 
     // Types into the input line unless typed is null, then clicks "pushButtonYes", "pushButtonNo" or
-    // "pushButtonClose"; an empty name only looks and lets the dialog close by itself (the wait dialog).
+    // "pushButtonClose", presses "Escape" or asks the window to "close" (as the window manager does);
+    // an empty name only looks and lets the dialog close by itself (the wait dialog).
     void answer(const QString &button, const QString &typed = QString()) { m_answers.append({ button, typed }); }
     int pending() const { return m_answers.size(); }
     const QList<Seen> &seen() const { return m_seen; }

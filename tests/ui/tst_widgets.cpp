@@ -71,22 +71,93 @@ private slots:
         QCOMPARE(pressed.count(), 3); // the header's own handling still sees the check column's clicks
     }
 
+    void dialogs_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("action"); // what the user does: a button, Escape, or a close request
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("buttons"); // visible: yes, no, the title bar's close
+        QTest::addColumn<int>("result");
+        QTest::addColumn<QString>("handedBack"); // the input line's text, once the input dialog closed
+        const QString failed = QStringLiteral("登录服务器失败，请检查你的授权码是否有效！\n错误信息：连接被拒绝");
+        QTest::newRow("choice confirmed") << "choice"
+                                          << "退出"
+                                          << "确认退出？"
+                                          << "pushButtonYes" << QString() << "确定 取消 X" << 1 << QString();
+        QTest::newRow("choice, Escape") << "choice"
+                                        << "退出"
+                                        << "确认退出？"
+                                        << "Escape" << QString() << "确定 取消 X" << 0 << QString();
+        QTest::newRow("message, line kept")
+            << "message"
+            << "错误" << failed << "pushButtonYes" << QString() << "确定 X" << 1 << QString();
+        QTest::newRow("message, X") << "message"
+                                    << "错误" << failed << "pushButtonClose" << QString() << "确定 X" << 0 << QString();
+        QTest::newRow("rename confirmed") << "rename"
+                                          << "重命名"
+                                          << "名称"
+                                          << "pushButtonYes"
+                                          << "新名字"
+                                          << "确定 取消 X" << 1 << "新名字";
+        QTest::newRow("rename cancelled") << "rename"
+                                          << "重命名"
+                                          << "名称"
+                                          << "pushButtonNo"
+                                          << "新名字"
+                                          << "确定 取消 X" << 0 << "新名字";
+        QTest::newRow("rename, closed") << "rename"
+                                        << "重命名"
+                                        << "名称"
+                                        << "close" << QString() << "确定 取消 X" << 0 << "旧名字";
+        QTest::newRow("wait, Escape") << "wait"
+                                      << "登录中"
+                                      << "请稍等..."
+                                      << "Escape" << QString() << "" << 1 << QString();
+        QTest::newRow("wait, closed") << "wait"
+                                      << "退出中"
+                                      << "请稍等..."
+                                      << "close" << QString() << "" << 1 << QString();
+    }
     void dialogs()
     {
-        ModalAnswerer answerer; // the wait dialogs close by themselves, or not at all
-        answerer.answer("pushButtonNo", "新名字");
-        QString typed;
-        QCOMPARE(VorDialog::showRename("重命名", "名称", nullptr, typed, "确定", "取消"), 0);
-        QCOMPARE(typed, QStringLiteral("新名字")); // handed back even when cancelled
+        QFETCH(QString, kind);
+        QFETCH(QString, title);
+        QFETCH(QString, text);
+        QFETCH(QString, action);
+        QFETCH(QString, typed);
+        ModalAnswerer answerer;
+        answerer.answer(action, typed);
+        QString handedBack;
+        static std::atomic<bool> workDone; // outlives the test function, as the worker may
+        workDone = false;
+        QPointer<QThread> worker = QThread::create([] {
+            QThread::msleep(900); // long enough for the user to try to leave
+            workDone = true;
+        });
+        int result = -1;
+        if (kind == "choice")
+            result = VorDialog::showChoice(title, text, nullptr, "确定", "取消");
+        else if (kind == "message")
+            result = VorDialog::showMessage(title, text, nullptr, "确定");
+        else if (kind == "rename")
+            result = VorDialog::showRename(title, text, nullptr, handedBack = "旧名字", "确定", "取消");
+        else
+            result = VorDialog::showWait(title, text, nullptr, worker);
+        const bool workDoneOnReturn = workDone;
+        if (kind == "wait")
+            QTRY_VERIFY(worker.isNull()); // the finished worker frees itself
+        else
+            delete worker;
+        QVERIFY2(kind != "wait" || workDoneOnReturn, "the wait ended while its worker was still running");
 
-        QPointer<QThread> worker = QThread::create([] {});
-        QCOMPARE(VorDialog::showWait("登录中", "请稍等...", nullptr, worker), 1);
-        QTRY_VERIFY(worker.isNull());
-
-        VorDialog wait;
-        wait.setWait("退出中", "请稍等...", nullptr);
-        wait.show();
-        QVERIFY(!wait.findChild<QWidget *>("pushButtonClose")->isVisible()); // nothing may abandon the worker
+        QCOMPARE(answerer.seen().size(), 1);
+        QCOMPARE(answerer.seen()[0].title, title);
+        QCOMPARE(answerer.seen()[0].text, text);
+        QTEST(answerer.seen()[0].buttons, "buttons");
+        QTEST(result, "result");
+        QTEST(handedBack, "handedBack");
     }
 
     void base64()
