@@ -45,6 +45,7 @@ void VorDialog::setWait(const QString &title, const QString &text, QThread *thre
     ui->labelWait->setMovie(movie);
     movie->start();
     ui->pushButtonClose->hide(); // nothing may interrupt the worker
+    m_waiting = true;
 
     if (thread) {
         connect(thread, &QThread::finished, thread, &QObject::deleteLater);
@@ -68,6 +69,14 @@ void VorDialog::setRename(const QString &title, const QString &prompt, const QSt
 QString VorDialog::renameText() const
 {
     return ui->lineEditRename->text();
+}
+
+void VorDialog::reject()
+{
+    // A wait ends only when its worker finishes: the caller goes on as if the work were done (the login
+    // window back while the back end is still being deleted, a second sign-in beside the first).
+    if (!m_waiting)
+        QDialog::reject();
 }
 
 int VorDialog::showChoice(const QString &title, const QString &text, QWidget *parent, const QString &yesText,

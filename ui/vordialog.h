@@ -24,6 +24,9 @@ public:
                    const QString &noText);
     QString renameText() const;
 
+    // Escape and close requests (the window manager's, or close()) end up here.
+    void reject() override;
+
     // Each helper runs a new dialog modally and returns exec()'s value: 1 when confirmed.
     static int showChoice(const QString &title, const QString &text, QWidget *parent, const QString &yesText,
                           const QString &noText);
@@ -34,4 +37,5 @@ public:
 
 private:
     std::unique_ptr<Ui::VorDialog> ui;
+    bool m_waiting = false;
 };

@@ -1,57 +1,89 @@
 #include "app/vorlog.h"
 #include "model/vordata.h"
 #include "model/vorlogin.h"
-#include "support/logtail.h"
 #include "support/warningguard.h"
 
-#include <QApplication>
-#include <QTimer>
 #include <QtTest>
+#include <QtWidgets>
 
 int qMain(int argc, char *argv[]);
+static QStringList atLogin; // the style sheet, a text of Qt's own, whether the login dialog is in view
 
-// Runs in the entry point's QApplication constructor: closes the login dialog, as a user who cancels would.
+// Runs in the entry point's QApplication constructor: notes what the user meets, then closes the login
+// dialog as a user who cancels would.
 static void closeLoginOnceShown()
 {
     WarningGuard::install();
     auto *timer = new QTimer(qApp);
-    QObject::connect(timer, &QTimer::timeout, [] { VorData::instance()->loginDialog()->close(); });
+    QObject::connect(timer, &QTimer::timeout, [] {
+        atLogin = QStringList { qApp->styleSheet(), QApplication::translate("QPlatformTheme", "Cancel"),
+                                VorData::instance()->loginDialog()->isVisible() ? "shown" : "hidden" };
+        VorData::instance()->loginDialog()->close();
+    });
     timer->start(10);
 }
 Q_COREAPP_STARTUP_FUNCTION(closeLoginOnceShown)
 
+static QString dayLog(int daysAgo)
+{
+    return QDate::currentDate().addDays(-daysAgo).toString("'vorlog'yyyyMMdd'.log'");
+}
+
+// The program started once, as a user starts it, and closed at the login dialog.
 class TestStartup : public QObject
 {
     Q_OBJECT
+    QString folder, exitCode;
+    // Logs more than 30 days old go (they hold passwords); only "vorlog", a date and ".log" name a log.
+    const QList<QPair<QString, QString>> logs { { dayLog(31), "removed" },           { dayLog(30), "kept" },
+                                                { "vorlog20000101.log", "removed" }, { "vorlog.log", "kept" },
+                                                { "vorlogX.log", "kept" },           { "vorlog20000101.txt", "kept" } };
+
 private slots:
-    void closingLoginEndsTheProgram()
+    void initTestCase()
     {
-        const QString folder = QFileInfo(QTest::currentAppName()).absolutePath() + QStringLiteral("/log");
-        const QString logPath = folder + QDate::currentDate().toString(QStringLiteral("'/vorlog'yyyyMMdd'.log'"));
-        const LogTail log(logPath);
+        folder = QFileInfo(QTest::currentAppName()).absolutePath() + "/log/"; // beside the program
+        QDir().mkpath(folder);
+        QFile::setPermissions(folder, QFileDevice::Permissions(0x7755)); // as an earlier version left it
+        QFile::remove(folder + dayLog(0)); // the day's earlier runs
+        for (const auto &log : logs)
+            QVERIFY(QFile(folder + log.first).open(QIODevice::WriteOnly));
         QByteArray program = QTest::currentAppName();
         char *argv[] = { program.data(), nullptr };
-        QCOMPARE(qMain(1, argv), 0);
-        VERIFY_NO_QT_WARNINGS();
+        exitCode = QString::number(qMain(1, argv));
+    }
+    void cleanup() { VERIFY_NO_QT_WARNINGS(); }
 
-        const QString shape
-            = QStringLiteral("^\\[M\\]\\[\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d:\\d{3}\\]\\[0x[0-9a-f]+\\]"
-                             "\\[main qMain:\\d+\\]\\[ombrivane %1\\]$");
-        const QStringList lines = log.lines();
-        QCOMPARE(lines.size(), 2);
-        QVERIFY2(lines.at(0).contains(QRegularExpression(shape.arg("start"))), qPrintable(lines.at(0)));
-        QVERIFY2(lines.at(1).contains(QRegularExpression(shape.arg("end 0"))), qPrintable(lines.at(1)));
-        // The log holds passwords in clear: for its owner alone (the group and other bits of Qt's flags).
-        QCOMPARE(int(QFile::permissions(folder) & 0x7077), int(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
-        QCOMPARE(int(QFile::permissions(logPath) & 0x7077), int(QFile::ReadOwner | QFile::WriteOwner));
-        QCOMPARE(VorLog::levelLetter(2), QStringLiteral("W"));
+    void wiring_data()
+    {
+        QTest::addColumn<QString>("seen");
+        QTest::addColumn<QString>("expected");
+        QFile log(folder + dayLog(0));
+        const QString lines = log.open(QIODevice::ReadOnly) ? log.readAll() : "(none)";
+        const QString mode = QString::number(QFile::permissions(folder) & 0x7077, 16) + " "
+            + QString::number(log.permissions() & 0x7077, 16);
+        QTest::newRow("style sheet, translation, login")
+            << atLogin.join(", ") << "file:///:/qss/ombrivane.css, 取消, shown";
+        QTest::newRow("exit code") << exitCode << "0";
+        QTest::newRow("log")
+            << QString(lines).replace(QRegularExpression(R"(\[[-\d: ]{23}\]\[0x[0-9a-f]+\](\[main qMain):\d+)"),
+                                      "[time][thread]\\1")
+            << "[M][time][thread][main qMain][ombrivane start]\n[M][time][thread][main qMain][ombrivane end 0]\n";
+        QTest::newRow("log modes: owner alone") << mode << "7000 6000"; // owner, group, other bits of Qt's flags
+        QTest::newRow("warning letter") << VorLog::levelLetter(2) << "W";
+        for (const auto &[name, fate] : logs)
+            QTest::newRow(qPrintable(name)) << (QFile::exists(folder + name) ? "kept" : "removed") << fate;
+    }
+    void wiring()
+    {
+        QFETCH(QString, seen);
+        QTEST(seen, "expected");
     }
 };
 
 int main(int argc, char *argv[])
 {
-    // No application object here: the entry point under test makes its own.
-    TestStartup test;
+    TestStartup test; // no application object here: the entry point under test makes its own
     return QTest::qExec(&test, argc, argv);
 }
 

@@ -6,13 +6,6 @@
 #include "support/modalanswerer.h"
 #include "support/recordingbackend.h"
 #include "support/warningguard.h"
-#include "ui/vordialog.h"
-
-#include <QLineEdit>
-#include <QPointer>
-#include <QPushButton>
-#include <QStyleOption>
-#include <QtTest>
 
 // The width a shown button or line edit leaves its text once the style's borders and padding are off.
 static int roomFor(QWidget *widget, QString *text)
@@ -39,13 +32,14 @@ class TestVorMain : public QObject
 {
     Q_OBJECT
     VorMain *window = VorData::instance()->mainWindow();
-    template<typename T> T *child(const char *name) const { return window->findChild<T *>(QLatin1String(name)); }
+    VorLogin *login = VorData::instance()->loginDialog();
+    template<typename T = QPushButton> T *child(const QString &name) const { return window->findChild<T *>(name); }
 
 private slots:
     void initTestCase()
     {
         WarningGuard::install();
-        qApp->setStyleSheet(QStringLiteral("file:///:/qss/ombrivane.css"));
+        qApp->setStyleSheet("file:///:/qss/ombrivane.css");
         window->show();
         QVERIFY(QTest::qWaitForWindowExposed(window));
     }
@@ -57,10 +51,9 @@ private slots:
             maximised ? window->showMaximized() : window->showNormal();
             QTRY_COMPARE(window->isMaximized(), maximised);
             const QPoint before = window->pos();
-            for (auto [type, local] :
-                 { std::pair(QEvent::MouseButtonPress, QPoint(10, 5)), std::pair(QEvent::MouseMove, QPoint(60, 25)),
-                   std::pair(QEvent::MouseButtonRelease, QPoint(60, 25)) }) {
-                QMouseEvent event(type, local, local, before + local, Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
+            for (QEvent::Type type : { QEvent::MouseButtonPress, QEvent::MouseMove, QEvent::MouseButtonRelease }) {
+                const QPoint at = type == QEvent::MouseButtonPress ? QPoint(10, 5) : QPoint(60, 25);
+                QMouseEvent event(type, at, at, before + at, Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
                 QCoreApplication::sendEvent(child<QWidget>("widgetMainTop"), &event);
             }
             QCOMPARE(window->pos(), maximised ? before : before + QPoint(50, 20));
@@ -75,54 +68,49 @@ private slots:
         connect(backend, &QObject::destroyed, [&sinceDeleted] { sinceDeleted.start(); }); // on the logout worker
         window->showMinimized();
         ModalAnswerer answerer;
-        answerer.answer(QStringLiteral("pushButtonYes"));
+        answerer.answer("pushButtonYes");
         answerer.answer(QString()); // the wait dialog closes when the worker is done
-        QTest::mouseClick(child<QPushButton>("pushButtonExit"), Qt::LeftButton);
-
+        QTest::mouseClick(child("pushButtonExit"), Qt::LeftButton);
         QCOMPARE(answerer.seen().value(1).title, QStringLiteral("退出中"));
         QVERIFY(backend.isNull() && !VorSdk::instance()->backend());
         QVERIFY(sinceDeleted.elapsed() >= 500); // the worker lingers so that the wait dialog does not flash
-        VorLogin *login = VorData::instance()->loginDialog();
         QVERIFY(login->isVisible() && !window->isVisible());
         login->loginMessage(QString()); // what a successful sign-in reports
         QVERIFY(!login->isVisible() && window->isVisible() && !window->isMinimized());
     }
 
-    // The style sheet reaches widgets by object name: a renamed form object silently loses its style.
-    void styleSheetSelectorsFindTheirObjects()
+    // Each navigation button shows its page, alone checked; the style sheet reaches the widgets of every page
+    // by object name, so a renamed form object silently loses its style.
+    void pagesAndStyleSelectors()
     {
         VorData::instance()->updateSaveFileInfo(SdkSamples::files());
         VorData::instance()->updateTaskInfo(SdkSamples::tasks());
-        for (const char *page : { "pushButtonTask", "pushButtonSave" }) // rows get their cells once in view
-            QTest::mouseClick(child<QPushButton>(page), Qt::LeftButton);
+        for (QString clicked : { "pushButtonTask", "pushButtonDownload", "pushButtonDownload", "pushButtonSave" }) {
+            QTest::mouseClick(child(clicked), Qt::LeftButton);
+            QStringList checked;
+            for (QPushButton *button : child<QWidget>("widgetMainLeft")->findChildren<QPushButton *>())
+                checked << (button->isChecked() ? button->objectName() : QString());
+            QCOMPARE(checked.join(' ').simplified(), clicked);
+            QCOMPARE(child<QStackedWidget>("stackedWidget")->currentWidget()->objectName(), "page" + clicked.mid(10));
+        }
         VorDialog dialog;
-        QSet<QString> names;
-        for (QObject *top :
-             { static_cast<QObject *>(window), static_cast<QObject *>(VorData::instance()->loginDialog()),
-               static_cast<QObject *>(&dialog) }) {
-            names << top->objectName();
+        QSet<QString> names { window->objectName(), login->objectName(), dialog.objectName() };
+        for (QObject *top : QObjectList { window, login, &dialog })
             for (QObject *object : top->findChildren<QObject *>())
                 names << object->objectName();
-        }
-        QFile css(QStringLiteral(":/qss/ombrivane.css"));
+        QFile css(":/qss/ombrivane.css");
         QVERIFY(css.open(QIODevice::ReadOnly));
         // Selectors only: comments and the declaration blocks (with their colours) are dropped.
-        const QString selectors
-            = QString::fromUtf8(css.readAll())
-                  .remove(QRegularExpression(R"(/\*.*?\*/|\{[^}]*\})", QRegularExpression::DotMatchesEverythingOption));
-        QStringList missing;
-        for (auto match = QRegularExpression(R"(#(\w+))").globalMatch(selectors); match.hasNext();) {
-            const QString name = match.next().captured(1);
-            if (!names.contains(name))
-                missing << name;
-        }
-        missing.removeDuplicates();
-        QVERIFY2(missing.isEmpty(), qPrintable(missing.join(' ')));
+        const QString selectors = QString(css.readAll()).remove(QRegularExpression(R"((?s)/\*.*?\*/|\{[^}]*\})"));
+        QSet<QString> named;
+        for (auto match = QRegularExpression(R"(#(\w+))").globalMatch(selectors); match.hasNext();)
+            named << match.next().captured(1);
+        QCOMPARE((named - names).values().join(' '), QString());
     }
 
     void textsFit()
     {
-        QTest::mouseClick(child<QPushButton>("pushButtonSave"), Qt::LeftButton);
+        QTest::mouseClick(child("pushButtonSave"), Qt::LeftButton);
         VorData::instance()->updateSaveFileInfo(SdkSamples::files());
         QCoreApplication::processEvents(); // columns are sized again once the page is shown
         QStringList clipped;
@@ -130,9 +118,9 @@ private slots:
             QString text;
             const int room = widget->isVisible() ? roomFor(widget, &text) : INT_MAX;
             if (widget->fontMetrics().horizontalAdvance(text) > room)
-                clipped << QStringLiteral("%1 \"%2\" has %3 px").arg(widget->objectName(), text).arg(room);
+                clipped << QString("%1 \"%2\" has %3 px").arg(widget->objectName(), text).arg(room);
         }
-        QVERIFY2(clipped.isEmpty(), qPrintable(clipped.join(QLatin1Char('\n'))));
+        QCOMPARE(clipped.join('\n'), QString());
     }
 };
 

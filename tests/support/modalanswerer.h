@@ -1,7 +1,9 @@
 #pragma once
 
-#include <QObject>
-#include <QPair>
+#include "ui/vordialog.h"
+
+#include <QtTest>
+#include <QtWidgets>
 
 // Answers the program's dialogs in the order they open, as a user would, noting each the moment it shows:
 // one that opens and closes while the event loop is busy (a wait dialog during a long redraw) is not missed.
@@ -13,19 +15,49 @@ public:
     {
         QString title, text; // text: the message, wait text or input prompt, whichever the dialog showed
         bool noButtonVisible = false;
+        QString buttons; // the buttons in view as "[text]", the title bar's close first
     };
 
-    explicit ModalAnswerer(QObject *parent = nullptr);
-
+    explicit ModalAnswerer(QObject *parent = nullptr)
+        : QObject(parent)
+    {
+        qApp->installEventFilter(this);
+    }
     // Types into the input line unless typed is null, then clicks "pushButtonYes", "pushButtonNo" or
-    // "pushButtonClose"; an empty name only looks and lets the dialog close by itself (the wait dialog).
+    // "pushButtonClose", presses "Escape" or asks the window to "close" as the window manager does; an empty
+    // name only looks and lets the dialog close by itself (the wait dialog).
     void answer(const QString &button, const QString &typed = QString()) { m_answers.append({ button, typed }); }
     int pending() const { return m_answers.size(); }
     const QList<Seen> &seen() const { return m_seen; }
     // Set, a dialog with no answer queued is noted and closed, so that a test fails on it instead of hanging.
     bool closeUnanswered = false;
 
-    bool eventFilter(QObject *watched, QEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        auto *dialog = qobject_cast<VorDialog *>(watched);
+        if (event->type() != QEvent::Show || !dialog || (m_answers.isEmpty() && !closeUnanswered))
+            return false;
+        const auto answer
+            = m_answers.isEmpty() ? qMakePair(QString("pushButtonClose"), QString()) : m_answers.takeFirst();
+        Seen seen { dialog->findChild<QLabel *>("labelDialogTitle")->text() };
+        for (QLabel *label : dialog->findChildren<QLabel *>(QRegularExpression("^label(Msg|WaitMsg|Rename)$")))
+            seen.text += label->isVisible() ? label->text() : QString();
+        for (auto *button : dialog->findChildren<QPushButton *>(QRegularExpression("^pushButton(Yes|No|Close)$")))
+            seen.buttons += button->isVisible() ? "[" + button->text() + "]" : QString();
+        seen.noButtonVisible = !dialog->findChild<QWidget *>("pushButtonNo")->isHidden();
+        m_seen.append(seen);
+        QTimer::singleShot(0, dialog, [dialog, answer] { // from the dialog's own event loop, once exec() started it
+            if (!answer.second.isNull())
+                dialog->findChild<QLineEdit *>("lineEditRename")->setText(answer.second);
+            if (answer.first == "Escape")
+                QTest::keyClick(dialog, Qt::Key_Escape);
+            else if (answer.first == "close")
+                dialog->close();
+            else if (!answer.first.isEmpty())
+                dialog->findChild<QPushButton *>(answer.first)->click();
+        });
+        return false;
+    }
 
 private:
     QList<QPair<QString, QString>> m_answers; // button, typed text

@@ -9,6 +9,13 @@
 #include <QtWidgets>
 
 using Emitted = QList<QVariantList>; // what a signal spy saw
+struct DialogCase // action: a button, Escape, or a close request (Alt+F4, the window's menu); buttons: those in view
+{
+    QString kind, action, typed, buttons;
+    int result;
+    QString handedBack; // the input line's text once closed, prefilled 旧名字
+};
+Q_DECLARE_METATYPE(DialogCase)
 
 // The shared widgets on their own: the pager, the check-box header, the dialogs and the base64 helpers.
 class TestWidgets : public QObject
@@ -17,41 +24,43 @@ class TestWidgets : public QObject
 
 private slots:
     void initTestCase() { WarningGuard::install(); }
-    void cleanup()
-    {
-        QVERIFY(QApplication::topLevelWidgets().isEmpty());
-        VERIFY_NO_QT_WARNINGS();
-    }
+    void cleanup() { VERIFY_NO_QT_WARNINGS(); }
 
     void pager_data()
     {
-        QTest::addColumn<int>("pages");
-        QTest::addColumn<int>("typed"); // a page typed into the box, 0 for none
+        QTest::addColumn<int>("pages"); // given after 20 pages with page 7 current
+        QTest::addColumn<QString>("typed"); // into the page box, then the key
+        QTest::addColumn<int>("key");
         QTest::addColumn<Emitted>("announced");
         QTest::addColumn<QString>("shown");
-        QTest::newRow("new page count") << 30 << 0 << Emitted() << "< [1] 2 3 4 5 6 … 28 29 30 >";
-        QTest::newRow("few pages") << 5 << 0 << Emitted() << "< [1] 2 3 4 5 >";
-        QTest::newRow("middle") << 20 << 10 << Emitted { { 10 } } << "< 1 2 3 … 9 [10] 11 … 18 19 20 >";
-        QTest::newRow("first group") << 20 << 5 << Emitted { { 5 } } << "< 1 2 3 4 [5] 6 … 18 19 20 >";
-        QTest::newRow("past the last") << 20 << 25 << Emitted { { 20 } } << "< 1 2 3 … 15 16 17 18 19 [20] >";
+        const int none = Qt::Key_Escape, enter = Qt::Key_Return, keypad = Qt::Key_Enter;
+        QTest::newRow("new page count") << 30 << "" << none << Emitted() << "< [1] 2 3 4 5 6 … 28 29 30 >";
+        QTest::newRow("same page count") << 20 << "" << none << Emitted() << "< 1 2 3 … 6 [7] 8 … 18 19 20 >";
+        QTest::newRow("few pages") << 5 << "" << none << Emitted() << "< [1] 2 3 4 5 >";
+        QTest::newRow("middle") << 20 << "10" << enter << Emitted { { 10 } } << "< 1 2 3 … 9 [10] 11 … 18 19 20 >";
+        QTest::newRow("keypad Enter") << 20 << "5" << keypad << Emitted { { 5 } } << "< 1 2 3 4 [5] 6 … 18 19 20 >";
+        QTest::newRow("past the last") << 20 << "25" << enter << Emitted { { 20 } }
+                                       << "< 1 2 3 … 15 16 17 18 19 [20] >";
+        QTest::newRow("zero") << 20 << "0" << enter << Emitted { { 1 } } << "< [1] 2 3 4 5 6 … 18 19 20 >";
+        QTest::newRow("no Enter") << 20 << "10" << none << Emitted() << "< 1 2 3 … 6 [7] 8 … 18 19 20 >";
     }
     void pager()
     {
         QFETCH(int, pages);
-        QFETCH(int, typed);
+        QFETCH(QString, typed);
+        QFETCH(int, key);
         PageWidget pager;
-        pager.show();
         QSignalSpy spy(&pager, &PageWidget::currentPageChanged);
         pager.setMaxPage(20);
         pager.setCurrentPage(7);
         pager.setMaxPage(pages);
-        if (typed)
-            QTest::keyClicks(pager.findChild<QLineEdit *>(), QString::number(typed) + "\r");
+        QTest::keyClicks(pager.findChild<QLineEdit *>(), typed);
+        QTest::keyClick(pager.findChild<QLineEdit *>(), Qt::Key(key),
+                        key == Qt::Key_Enter ? Qt::KeypadModifier : Qt::NoModifier);
         QStringList shown; // as the user reads it: "…" where pages are left out, the current page in brackets
-        for (QLabel *label : pager.findChildren<QLabel *>()) {
+        for (QLabel *label : pager.findChildren<QLabel *>())
             if (label->isVisibleTo(&pager) && (label->property("page").isValid() || label->text() == "…"))
                 shown << (label->property("currentPage") == "true" ? "[" + label->text() + "]" : label->text());
-        }
         QTEST(shown.join(' '), "shown");
         QTEST(Emitted(spy), "announced");
     }
@@ -71,22 +80,43 @@ private slots:
         QCOMPARE(pressed.count(), 3); // the header's own handling still sees the check column's clicks
     }
 
+    void dialogs_data()
+    {
+        QTest::addColumn<DialogCase>("c");
+        using D = DialogCase;
+        QTest::newRow("choice, yes") << D { "choice", "pushButtonYes", "", "[X][确定][取消]", 1, "" };
+        QTest::newRow("choice, Escape") << D { "choice", "Escape", "", "[X][确定][取消]", 0, "" };
+        QTest::newRow("message, yes") << D { "message", "pushButtonYes", "", "[X][确定]", 1, "" };
+        QTest::newRow("message, X") << D { "message", "pushButtonClose", "", "[X][确定]", 0, "" };
+        QTest::newRow("rename, yes") << D { "rename", "pushButtonYes", "新名字", "[X][确定][取消]", 1, "新名字" };
+        QTest::newRow("rename, no") << D { "rename", "pushButtonNo", "新名字", "[X][确定][取消]", 0, "新名字" };
+        QTest::newRow("rename, closed") << D { "rename", "close", "", "[X][确定][取消]", 0, "旧名字" };
+        QTest::newRow("wait, Escape") << D { "wait", "Escape", "", "", 1, "" };
+        QTest::newRow("wait, closed") << D { "wait", "close", "", "", 1, "" };
+    }
     void dialogs()
     {
-        ModalAnswerer answerer; // the wait dialogs close by themselves, or not at all
-        answerer.answer("pushButtonNo", "新名字");
-        QString typed;
-        QCOMPARE(VorDialog::showRename("重命名", "名称", nullptr, typed, "确定", "取消"), 0);
-        QCOMPARE(typed, QStringLiteral("新名字")); // handed back even when cancelled
-
-        QPointer<QThread> worker = QThread::create([] {});
-        QCOMPARE(VorDialog::showWait("登录中", "请稍等...", nullptr, worker), 1);
-        QTRY_VERIFY(worker.isNull());
-
-        VorDialog wait;
-        wait.setWait("退出中", "请稍等...", nullptr);
-        wait.show();
-        QVERIFY(!wait.findChild<QWidget *>("pushButtonClose")->isVisible()); // nothing may abandon the worker
+        QFETCH(DialogCase, c);
+        const QString title = c.kind, text = "登录服务器失败！\n错误信息：" + c.kind;
+        ModalAnswerer answerer;
+        answerer.answer(c.action, c.typed.isEmpty() ? QString() : c.typed);
+        QString handedBack;
+        QPointer<QThread> worker;
+        int result = -1;
+        if (c.kind == "choice")
+            result = VorDialog::showChoice(title, text, nullptr, "确定", "取消");
+        else if (c.kind == "message")
+            result = VorDialog::showMessage(title, text, nullptr, "确定");
+        else if (c.kind == "rename")
+            result = VorDialog::showRename(title, text, nullptr, handedBack = "旧名字", "确定", "取消");
+        else // long enough for the user to try to leave
+            result = VorDialog::showWait(title, text, nullptr, worker = QThread::create([] { QThread::msleep(900); }));
+        QVERIFY2(!worker || worker->isFinished(), "the wait ended while its worker was still running");
+        QTRY_VERIFY(worker.isNull()); // the finished worker frees itself
+        const ModalAnswerer::Seen seen = answerer.seen().value(0);
+        QCOMPARE(seen.title + " | " + seen.text + " | " + seen.buttons, title + " | " + text + " | " + c.buttons);
+        QCOMPARE(result, c.result);
+        QCOMPARE(handedBack, c.handedBack);
     }
 
     void base64()
