@@ -14,7 +14,6 @@ public:
     struct Seen
     {
         QString title, text; // text: the message, wait text or input prompt, whichever the dialog showed
-        bool noButtonVisible = false;
         QString buttons; // the buttons in view as "[text]", the title bar's close first
     };
 
@@ -27,7 +26,6 @@ public:
     // "pushButtonClose", presses "Escape" or asks the window to "close" as the window manager does; an empty
     // name only looks and lets the dialog close by itself (the wait dialog).
     void answer(const QString &button, const QString &typed = QString()) { m_answers.append({ button, typed }); }
-    int pending() const { return m_answers.size(); }
     const QList<Seen> &seen() const { return m_seen; }
     // Set, a dialog with no answer queued is noted and closed, so that a test fails on it instead of hanging.
     bool closeUnanswered = false;
@@ -44,7 +42,6 @@ public:
             seen.text += label->isVisible() ? label->text() : QString();
         for (auto *button : dialog->findChildren<QPushButton *>(QRegularExpression("^pushButton(Yes|No|Close)$")))
             seen.buttons += button->isVisible() ? "[" + button->text() + "]" : QString();
-        seen.noButtonVisible = !dialog->findChild<QWidget *>("pushButtonNo")->isHidden();
         m_seen.append(seen);
         QTimer::singleShot(0, dialog, [dialog, answer] { // from the dialog's own event loop, once exec() started it
             if (!answer.second.isNull())

@@ -103,26 +103,15 @@ bool TestSshd::prepare(QString *whyNot)
 
 bool TestSshd::prepareKeys(QString *whyNot) const
 {
-    // Every test server of this machine shows the same host key, so that a port used again by a later
-    // server never looks like a changed server to the known hosts the client keeps. Made once, under a
-    // temporary name and linked into place, so that servers starting together all get the same whole key.
-    const QString shared = QLatin1String(TestBase) + QStringLiteral("/host_key");
-    if (!QFileInfo::exists(shared)) {
-        const QString made = shared + QStringLiteral(".%1").arg(::getpid());
-        QFile::remove(made);
-        runTool("ssh-keygen", { "-q", "-t", "ed25519", "-N", "", "-f", made });
-        ::link(QFile::encodeName(made).constData(), QFile::encodeName(shared).constData());
-        QFile::remove(made);
-        QFile::remove(made + QStringLiteral(".pub"));
-    }
     // The account reads its authorized keys itself, so the folder and that file must be readable to it.
     const QString authorized = m_configDir.filePath(QStringLiteral("authorized_keys"));
-    if (!QFile::copy(shared, m_configDir.filePath(QStringLiteral("host_key")))
-        || !runTool("ssh-keygen", { "-q", "-t", "ed25519", "-N", "", "-f", clientKeyPath() })
+    const QStringList newKey { "-q", "-t", "ed25519", "-N", "", "-f" };
+    if (!runTool("ssh-keygen", newKey + QStringList { m_configDir.filePath(QStringLiteral("host_key")) })
+        || !runTool("ssh-keygen", newKey + QStringList { clientKeyPath() })
         || !QFile::copy(clientKeyPath() + QStringLiteral(".pub"), authorized)
         || ::chmod(QFile::encodeName(authorized).constData(), 0644) != 0
         || ::chmod(QFile::encodeName(m_configDir.path()).constData(), 0755) != 0) {
-        *whyNot = QStringLiteral("cannot copy the shared host key %1 or make the client key").arg(shared);
+        *whyNot = QStringLiteral("cannot make the host and client keys");
         return false;
     }
     return true;

@@ -64,14 +64,3 @@ private:
     QProcess m_process;
     QByteArray m_output;
 };
-
-// Starts a TestSshd, or skips the test (fails it when the server is required) with the reason.
-#define TESTSSHD_START(server)                                                                                         \
-    do {                                                                                                               \
-        QString whyNot_;                                                                                               \
-        if (!(server).start(&whyNot_)) {                                                                               \
-            if (TestSshd::required())                                                                                  \
-                QFAIL(qPrintable(QStringLiteral("OMBRIVANE_REQUIRE_SSHD=1 but sshd cannot run: ") + whyNot_));         \
-            QSKIP(qPrintable(QStringLiteral("sshd cannot run: ") + whyNot_));                                          \
-        }                                                                                                              \
-    } while (false)
