@@ -15,12 +15,14 @@ public:
     {
         QString title, text; // text: the message, wait text or input prompt, whichever the dialog showed
         QString buttons; // the buttons in view as "[text]", the title bar's close first
+        qint64 shownAt; // milliseconds since the answerer was made
     };
 
     explicit ModalAnswerer(QObject *parent = nullptr)
         : QObject(parent)
     {
         qApp->installEventFilter(this);
+        m_clock.start();
     }
     // Types into the input line unless typed is null, then clicks "pushButtonYes", "pushButtonNo" or
     // "pushButtonClose", presses "Escape" or asks the window to "close" as the window manager does; an empty
@@ -37,7 +39,7 @@ public:
             return false;
         const auto answer
             = m_answers.isEmpty() ? qMakePair(QString("pushButtonClose"), QString()) : m_answers.takeFirst();
-        Seen seen { dialog->findChild<QLabel *>("labelDialogTitle")->text() };
+        Seen seen { dialog->findChild<QLabel *>("labelDialogTitle")->text(), {}, {}, m_clock.elapsed() };
         for (QLabel *label : dialog->findChildren<QLabel *>(QRegularExpression("^label(Msg|WaitMsg|Rename)$")))
             seen.text += label->isVisible() ? label->text() : QString();
         for (auto *button : dialog->findChildren<QPushButton *>(QRegularExpression("^pushButton(Yes|No|Close)$")))
@@ -59,4 +61,5 @@ public:
 private:
     QList<QPair<QString, QString>> m_answers; // button, typed text
     QList<Seen> m_seen;
+    QElapsedTimer m_clock;
 };

@@ -1,7 +1,6 @@
 #include "support/modalanswerer.h"
 #include "support/warningguard.h"
 #include "ui/pagewidget.h"
-#include "ui/scheckboxheaderview.h"
 #include "ui/vorcommontool.h"
 #include "ui/vordialog.h"
 
@@ -17,7 +16,7 @@ struct DialogCase // action: a button, Escape, or a close request (Alt+F4, the w
 };
 Q_DECLARE_METATYPE(DialogCase)
 
-// The shared widgets on their own: the pager, the check-box header, the dialogs and the base64 helpers.
+// The shared widgets on their own: the pager, the dialogs and the base64 helpers.
 class TestWidgets : public QObject
 {
     Q_OBJECT
@@ -63,21 +62,6 @@ private slots:
                 shown << (label->property("currentPage") == "true" ? "[" + label->text() + "]" : label->text());
         QTEST(shown.join(' '), "shown");
         QTEST(Emitted(spy), "announced");
-    }
-
-    void checkBoxHeader()
-    {
-        QTableWidget table(2, 3);
-        auto *header = new SCheckBoxHeaderView(Qt::Horizontal, &table);
-        table.setHorizontalHeader(header);
-        header->setSectionsClickable(true);
-        table.show();
-        QSignalSpy announced(header, &SCheckBoxHeaderView::checkStausChange);
-        QSignalSpy pressed(header, &QHeaderView::sectionPressed);
-        for (int column : { 0, 1, 0 })
-            QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, QPoint(header->sectionPosition(column) + 5, 5));
-        QCOMPARE(Emitted(announced), (Emitted { { true }, { false } }));
-        QCOMPARE(pressed.count(), 3); // the header's own handling still sees the check column's clicks
     }
 
     void dialogs_data()
