@@ -69,6 +69,7 @@ private slots:
                                       "[time][thread]\\1")
             << "[M][time][thread][main qMain][ombrivane start]\n[M][time][thread][main qMain][ombrivane end 0]\n";
         QTest::newRow("log modes: owner alone") << mode << "7000 6000"; // owner, group, other bits of Qt's flags
+        QTest::newRow("warning letter") << VorLog::levelLetter(2) << "W";
         for (const auto &[name, fate] : logs)
             QTest::newRow(qPrintable(name)) << (QFile::exists(folder + name) ? "kept" : "removed") << fate;
     }

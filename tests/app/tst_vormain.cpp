@@ -92,6 +92,7 @@ private slots:
                 checked << (button->isChecked() ? button->objectName() : QString());
             QCOMPARE(checked.join(' ').simplified(), clicked);
             QCOMPARE(child<QStackedWidget>("stackedWidget")->currentWidget()->objectName(), "page" + clicked.mid(10));
+            QCOMPARE(child(clicked)->grab().toImage().pixelColor(12, 6), QColor("#1890FF")); // filled when checked
         }
         VorDialog dialog;
         QSet<QString> names { window->objectName(), login->objectName(), dialog.objectName() };

@@ -5,7 +5,6 @@
 #include "support/modalanswerer.h"
 #include "support/recordingbackend.h"
 #include "support/warningguard.h"
-#include "ui/vorpagetask.h"
 
 #include <QtTest>
 #include <QtWidgets>
@@ -39,6 +38,9 @@ private slots:
         data->addTaskInfo({ new TaskInfo });
         data->addTaskInfo({}); // the page still redraws what it has
         QCOMPARE(spy.count(), 2);
+        data->updateTaskInfo({ new TaskInfo { 1 }, new TaskInfo { 2 } });
+        data->updateTaskInfo(new TaskInfo { 1, name }); // in the place of the record it replaces
+        QCOMPARE(data->tasks().first()->name, name);
     }
 
     void expiryTipShowsToTheLastDayAndAfter()
@@ -50,13 +52,14 @@ private slots:
         QCOMPARE(data->getUserTips(), QString());
     }
 
-    void taskPageShowsTheStorageKind()
+    void pagesShowTheStorageKind()
     {
-        QWidget *page = data->mainWindow()->pageTask();
         for (bool isPrivate : { true, false }) {
             data->updateSaveLocation(!isPrivate, isPrivate);
-            QCOMPARE(page->findChild<QPushButton *>(QStringLiteral("pushButtonPrivate"))->isVisibleTo(page), isPrivate);
-            QCOMPARE(page->findChild<QPushButton *>(QStringLiteral("pushButtonPublic"))->isVisibleTo(page), !isPrivate);
+            for (QWidget *page : data->mainWindow()->findChildren<QWidget *>(QRegularExpression("^page(Save|Task)$"))) {
+                QCOMPARE(page->findChild<QPushButton *>("pushButtonPrivate")->isVisibleTo(page), isPrivate);
+                QCOMPARE(page->findChild<QPushButton *>("pushButtonPublic")->isVisibleTo(page), !isPrivate);
+            }
         }
     }
 
@@ -100,19 +103,20 @@ private slots:
         if (!message.isEmpty()) // the worker answers half a second after the login, so the wait does not flash
             QVERIFY(answerer.seen().value(1).shownAt - answerer.seen().value(0).shownAt >= 450);
         QCOMPARE(dialog->isVisible(), !message.isEmpty());
-        QCOMPARE(data->mainWindow()->isVisible(), message.isEmpty());
+        QWidget *window = data->mainWindow();
+        QCOMPARE(window->isVisible(), message.isEmpty());
         if (message.isEmpty()) {
             // Built on the login worker, the back end now belongs to the window's thread and the facade.
             SdkObject *backend = VorSdk::instance()->backend();
             QVERIFY(backend->thread() == QThread::currentThread() && backend->parent() == VorSdk::instance());
             QVERIFY(data->isPublic() && !data->isPrivate());
             // The title bar names the user and says how long the code stays valid.
-            QCOMPARE(data->mainWindow()->findChild<QPushButton *>("pushButtonUser")->text(), backend->userName());
-            QVERIFY(data->mainWindow()
-                        ->findChild<QLabel *>("labelTips")
-                        ->text()
-                        .contains(QRegularExpression(QStringLiteral("^您的授权码有效期还有 \\d{4,} 天"))));
-            data->mainWindow()->hide();
+            QCOMPARE(window->findChild<QPushButton *>("pushButtonUser")->text(), backend->userName());
+            const QString tips = window->findChild<QLabel *>("labelTips")->text();
+            QVERIFY2(tips.contains(QRegularExpression("^您的授权码有效期还有 \\d{4,} 天")), qPrintable(tips));
+            // The download history is in place before its page is first opened.
+            QCOMPARE(window->findChild<QWidget *>("pageDownload")->findChild<QTableWidget *>()->rowCount(), 22);
+            window->hide();
         }
     }
 

@@ -49,7 +49,6 @@ private:
     {
         calls << call;
         hasError = failFolderOperations;
-        if (failFolderOperations)
-            lastError = QStringLiteral("folder operation failed");
+        lastError = QStringLiteral("folder operation failed"); // read only when hasError is set
     }
 };
