@@ -1,17 +1,17 @@
 #include "app/vorlog.h"
 
+#include "app/platform.h"
+
 #include <QCoreApplication>
 #include <QDate>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
 
@@ -27,12 +27,9 @@ QString logFolder()
 // umask. The file is made here, before the first record, so that it never exists with looser modes.
 void keepPrivate(const QString &folder, const QString &file)
 {
-    ::chmod(QFile::encodeName(folder).constData(), 0700);
-    const int fd = ::open(QFile::encodeName(file).constData(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
-    if (fd < 0)
-        return;
-    ::fchmod(fd, 0600);
-    ::close(fd);
+    QFile::setPermissions(folder, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+    if (Platform::appendToFile(Platform::nativePath(file), "", 0))
+        QFile::setPermissions(file, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
 }
 
 // Messages raised while a record is being written (by Qt's file code, say) would re-enter the handler.
@@ -50,7 +47,7 @@ VorLog::VorLog(QObject *parent)
     const QString folder = logFolder();
     QDir().mkpath(folder);
     m_filePath = folder + QStringLiteral("vorlog%1.log").arg(QDate::currentDate().toString(QStringLiteral("yyyyMMdd")));
-    m_encodedFilePath = QFile::encodeName(m_filePath);
+    m_nativeFilePath = Platform::nativePath(m_filePath);
     keepPrivate(folder, m_filePath);
     removeOldLogs(folder, QDate::currentDate());
 }
@@ -112,25 +109,9 @@ void VorLog::write(const QString &message)
     line += QLatin1String("][");
     line += part[6];
     line += QLatin1String("]\n");
-    appendToFile(line.toUtf8());
-}
-
-void VorLog::appendToFile(const QByteArray &line) const
-{
     // Opened, appended to and closed for every record, straight through the system calls.
-    const int fd = ::open(m_encodedFilePath.constData(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600);
-    if (fd < 0)
-        return;
-    const char *data = line.constData();
-    qint64 left = line.size();
-    while (left > 0) {
-        const ssize_t written = ::write(fd, data, static_cast<size_t>(left));
-        if (written <= 0)
-            break;
-        data += written;
-        left -= written;
-    }
-    ::close(fd);
+    const QByteArray bytes = line.toUtf8();
+    Platform::appendToFile(m_nativeFilePath, bytes.constData(), bytes.size());
 }
 
 VorLog::SourceName::SourceName(const char *file)
@@ -149,22 +130,19 @@ VorLog::SourceName::SourceName(const char *file)
 const char *VorLog::currentTime()
 {
     thread_local char text[32] = {};
-    thread_local time_t shownSecond = -1;
+    thread_local std::time_t shownSecond = -1;
     thread_local size_t prefix = 0; // up to the colon before the milliseconds
-    struct timespec now
-    {
-    };
-    clock_gettime(CLOCK_REALTIME, &now);
-    if (now.tv_sec != shownSecond) {
-        shownSecond = now.tv_sec;
-        tzset();
-        struct tm local
-        {
-        };
-        localtime_r(&now.tv_sec, &local);
+    const auto sinceEpoch = std::chrono::system_clock::now().time_since_epoch();
+    const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(sinceEpoch).count();
+    const auto second = static_cast<std::time_t>(milliseconds / 1000);
+    if (second != shownSecond) {
+        shownSecond = second;
+        Platform::reloadTimeZone();
+        std::tm local {};
+        Platform::localTime(second, &local);
         prefix = std::strftime(text, sizeof text - 4, "%Y-%m-%d %H:%M:%S:", &local);
     }
-    std::snprintf(text + prefix, sizeof text - prefix, "%03d", static_cast<int>(now.tv_nsec / 1000000));
+    std::snprintf(text + prefix, sizeof text - prefix, "%03d", static_cast<int>(milliseconds % 1000));
     return text;
 }
 

@@ -47,10 +47,9 @@ private:
     explicit VorLog(QObject *parent = nullptr);
     // "yyyy-MM-dd hh:mm:ss:zzz" of now in local time; the zone is consulted once a second, not per record.
     static const char *currentTime();
-    void appendToFile(const QByteArray &line) const;
 
     QString m_filePath;
-    QByteArray m_encodedFilePath;
+    QByteArray m_nativeFilePath; // as the system calls take it, encoded once
 };
 
 // Qt message handler that feeds VorLog; installed first thing by the entry point.

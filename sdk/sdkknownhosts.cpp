@@ -5,17 +5,15 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QSaveFile>
 #include <QStandardPaths>
-
-#include <cstdio>
-#include <cstdlib>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
 
 const quint16 DefaultSshPort = 22;
 const int Sha256Length = 32;
+// Room for one line of the file: the longest key OpenSSH writes (RSA of 16384 bits) takes under 3 KiB.
+const size_t LineCapacity = 8192;
 
 // The known-hosts key type of a host key type; 0 when the file has no name for it.
 int knownHostKeyType(int hostKeyType)
@@ -125,27 +123,32 @@ void SdkKnownHosts::record(const QByteArray &name, const char *key, size_t keyLe
 
 bool SdkKnownHosts::writeFile()
 {
-    // The folder and the file are the user's alone. The list is written beside the file and then moved
-    // over it, so that a failed write never leaves half a list.
+    // The folder and the file are the user's alone. The list replaces the file only once it is written
+    // whole, so that a failed write never leaves half a list.
     const QString folder = QFileInfo(m_filePath).absolutePath();
-    const QByteArray folderPath = QFile::encodeName(folder);
-    QByteArray temporary = QFile::encodeName(m_filePath) + ".XXXXXX";
-    const int fd
-        = QDir().mkpath(folder) && ::chmod(folderPath.constData(), 0700) == 0 ? ::mkstemp(temporary.data()) : -1;
-    if (fd < 0) {
+    QSaveFile file(m_filePath);
+    const bool written = QDir().mkpath(folder)
+        && QFile::setPermissions(folder, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner)
+        && file.open(QIODevice::WriteOnly) && file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner)
+        && file.write(fileContents()) >= 0 && file.commit();
+    if (!written)
         VOR_LOG(1, "cannot write the known hosts, the host key is not recorded:", m_filePath);
-        return false;
-    }
-    const bool privateFile = ::fchmod(fd, 0600) == 0;
-    ::close(fd);
-    const bool written = privateFile
-        && libssh2_knownhost_writefile(m_hosts, temporary.constData(), LIBSSH2_KNOWNHOST_FILE_OPENSSH) == 0
-        && std::rename(temporary.constData(), QFile::encodeName(m_filePath).constData()) == 0;
-    if (!written) {
-        ::unlink(temporary.constData());
-        VOR_LOG(1, "cannot write the known hosts, the host key is not recorded:", m_filePath);
-    }
     return written;
+}
+
+QByteArray SdkKnownHosts::fileContents() const
+{
+    QByteArray contents;
+    QByteArray line(LineCapacity, Qt::Uninitialized);
+    libssh2_knownhost *entry = nullptr;
+    while (libssh2_knownhost_get(m_hosts, &entry, entry) == 0) {
+        size_t length = 0;
+        if (libssh2_knownhost_writeline(m_hosts, entry, line.data(), LineCapacity, &length,
+                                        LIBSSH2_KNOWNHOST_FILE_OPENSSH)
+            == 0)
+            contents.append(line.constData(), static_cast<int>(length));
+    }
+    return contents;
 }
 
 QString SdkKnownHosts::sha256Fingerprint() const

@@ -40,6 +40,8 @@ private:
     bool readFile();
     void record(const QByteArray &name, const char *key, size_t keyLength, int keyType);
     bool writeFile();
+    // The list in the file's format, one line a host.
+    QByteArray fileContents() const;
 
     LIBSSH2_SESSION *m_session;
     LIBSSH2_KNOWNHOSTS *m_hosts;

@@ -3,6 +3,7 @@
 #include "sdk/sdkknownhosts.h"
 #include "sdk/sdksamples.h"
 
+#include "app/platform.h"
 #include "app/vorlog.h"
 
 #include <QDate>
@@ -38,14 +39,12 @@ LIBSSH2_SFTP_ATTRIBUTES noAttributes()
 // listing of thousands of entries does not look the zone up again for each of them.
 QDateTime localFileTime(quint64 secondsSinceEpoch)
 {
-    const auto seconds = static_cast<time_t>(secondsSinceEpoch);
-    struct tm local
-    {
-    };
-    if (!localtime_r(&seconds, &local))
+    const auto seconds = static_cast<std::time_t>(secondsSinceEpoch);
+    std::tm local {};
+    if (!Platform::localTime(seconds, &local))
         return QDateTime::fromSecsSinceEpoch(static_cast<qint64>(secondsSinceEpoch));
     return QDateTime::fromSecsSinceEpoch(static_cast<qint64>(secondsSinceEpoch), Qt::OffsetFromUTC,
-                                         static_cast<int>(local.tm_gmtoff));
+                                         Platform::utcOffset(local, seconds));
 }
 
 } // namespace
@@ -212,7 +211,7 @@ bool SdkSftp::connectToServer()
     libssh2_session_set_blocking(m_session, 1);
     libssh2_session_set_timeout(m_session, m_sessionTimeoutMs);
 
-    const int rc = libssh2_session_handshake(m_session, m_socket.get());
+    const int rc = libssh2_session_handshake(m_session, static_cast<libssh2_socket_t>(m_socket.get()));
     if (rc != 0) {
         setError(QStringLiteral("Failure establishing SSH session: %1").arg(rc), __FUNCTION__, ErrorFlag::Keep);
         return false; // the session and the connection stay until the object goes

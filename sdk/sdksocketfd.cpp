@@ -1,40 +1,33 @@
 #include "sdk/sdksocketfd.h"
 
-#include <fcntl.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 SdkSocketFd::~SdkSocketFd()
 {
     close();
 }
 
-bool SdkSocketFd::duplicate(long long descriptor)
+bool SdkSocketFd::duplicate(Platform::Socket socket)
 {
     close();
-    if (descriptor < 0)
-        return false;
-    // Close-on-exec: a child process must not inherit the connection and keep it alive.
-    m_fd = ::fcntl(static_cast<int>(descriptor), F_DUPFD_CLOEXEC, 0);
-    return m_fd >= 0;
+    m_socket = Platform::duplicateSocket(socket);
+    return isOpen();
 }
 
 void SdkSocketFd::shutdownTraffic()
 {
-    if (m_fd >= 0)
-        ::shutdown(m_fd, SHUT_RDWR);
+    if (isOpen())
+        Platform::stopTraffic(m_socket);
 }
 
 void SdkSocketFd::stopReceiving()
 {
-    if (m_fd >= 0)
-        ::shutdown(m_fd, SHUT_RD);
+    if (isOpen())
+        Platform::stopReceiving(m_socket);
 }
 
 void SdkSocketFd::close()
 {
-    if (m_fd < 0)
+    if (!isOpen())
         return;
-    ::close(m_fd);
-    m_fd = -1;
+    Platform::closeSocket(m_socket);
+    m_socket = Platform::NoSocket;
 }

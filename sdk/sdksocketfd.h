@@ -1,6 +1,8 @@
 #pragma once
 
-// Owns one socket descriptor and closes it exactly once. The SSH session runs on such a private copy of a
+#include "app/platform.h"
+
+// Owns one socket handle and closes it exactly once. The SSH session runs on such a private copy of a
 // connected socket, so that no Qt object (and no thread) stays tied to the connection.
 class SdkSocketFd
 {
@@ -10,18 +12,18 @@ public:
     SdkSocketFd(const SdkSocketFd &) = delete;
     SdkSocketFd &operator=(const SdkSocketFd &) = delete;
 
-    // Closes any descriptor held and takes a close-on-exec duplicate of descriptor. False when the
-    // duplicate cannot be made.
-    bool duplicate(long long descriptor);
-    int get() const { return m_fd; }
-    bool isOpen() const { return m_fd >= 0; }
-    // Stops all traffic in both directions while keeping the descriptor, so that whatever is still
-    // written to it fails at once instead of reaching the peer.
+    // Closes any handle held and takes a duplicate of socket that child processes do not inherit. False
+    // when the duplicate cannot be made.
+    bool duplicate(Platform::Socket socket);
+    Platform::Socket get() const { return m_socket; }
+    bool isOpen() const { return m_socket != Platform::NoSocket; }
+    // Stops all traffic in both directions while keeping the handle, so that whatever is still written to
+    // it fails at once instead of reaching the peer.
     void shutdownTraffic();
-    // Ends receiving only: every later read sees the end of the stream at once, while writes still go.
+    // Ends receiving only: every later read fails at once, while writes still go.
     void stopReceiving();
     void close();
 
 private:
-    int m_fd = -1;
+    Platform::Socket m_socket = Platform::NoSocket;
 };
