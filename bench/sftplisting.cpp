@@ -256,14 +256,11 @@ int main(int argc, char *argv[])
     }
     // A folder without end (the tests' scripted server): the read stops at the entry limit.
     {
-        QProcess scripted;
-        scripted.start(QStringLiteral("/usr/bin/python3"),
-                       { QStringLiteral(SCRIPTED_SFTP_SERVER), QStringLiteral("endless") });
-        if (!scripted.waitForReadyRead(20000)) {
+        const quint16 port = server.startScripted(QStringLiteral("endless"));
+        if (port == 0) {
             std::fprintf(stderr, "the scripted server does not start\n");
             return 5;
         }
-        const auto port = static_cast<quint16>(scripted.readLine().trimmed().toUInt());
         QElapsedTimer timer;
         timer.start();
         std::unique_ptr<SdkSftp> backend = connectedBackend(server, port);
@@ -277,8 +274,6 @@ int main(int argc, char *argv[])
         out.flush();
         qDeleteAll(rows);
         backend.reset();
-        scripted.kill();
-        scripted.waitForFinished();
     }
 
     // One log record: the write path alone (split, format, open, append, close) and the whole macro.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QByteArrayList>
 #include <QJsonObject>
 #include <QProcess>
 #include <QString>
@@ -9,11 +10,14 @@
 // A private OpenSSH server for the SFTP tests: Debian's sshd in the foreground on a free loopback port,
 // the internal SFTP server only (with no umask, so the modes the client asks for show unmasked), and a
 // chroot whose /user-01 belongs to a test account that logs in by password (or, for OpenSSH's own client,
-// by key).
+// by key). Beside it, on request, the scripted server that plays what OpenSSH never does.
 //
 // sshd insists that every folder above a chroot is root-owned and writable by root only, so the chroot
 // lives under /var/lib/ombrivane-test rather than under /tmp. Creating the account and running sshd need
 // root; start() says why when the server cannot run.
+//
+// A Windows build, run under Wine, has no sshd of its own: testsshdhost starts this server on the Linux
+// side and the Windows TestSshd (testsshd_win.cpp) asks it for everything over loopback.
 class TestSshd
 {
 public:
@@ -25,24 +29,28 @@ public:
     // Starts the server and waits until it listens. False, with the reason, when it cannot run here.
     bool start(QString *whyNot);
     // Ends the listener; sessions still open end with their clients.
-    void stop()
-    {
-        m_process.kill();
-        m_process.waitForFinished();
-    }
+    void stop();
 
     static QString host() { return QStringLiteral("127.0.0.1"); }
     quint16 port() const { return m_port; }
     static QString userName() { return QStringLiteral("ombrivane-sftp"); }
+    static QByteArray password() { return QByteArrayLiteral("Ombrivane-Test-01"); }
     QString homeOnDisk() const { return m_root + QStringLiteral("/user-01"); }
     // A private key that the test account accepts, for OpenSSH's sftp client.
     QString clientKeyPath() const { return m_configDir.filePath(QStringLiteral("client_key")); }
     // What sshd logged so far (its sessions log there too).
-    QString output() { return QString::fromLocal8Bit(m_output += m_process.readAll()); }
+    QString output();
 
     // Made under /user-01 on the server's disk and owned by the test account, as if it had made them.
     bool makeDir(const QString &relative) const;
     bool writeFile(const QString &relative, const QByteArray &content) const;
+    bool makeLink(const QString &target, const QString &relative) const;
+    // The type and mode bits of an entry under /user-01 on the server's disk (st_mode); 0 when it is missing.
+    unsigned modeOf(const QString &relative) const;
+
+    // Starts the scripted server (tests/sdk/scriptedsftpserver.py) in one of its modes, in place of the
+    // one started before; its port, or 0 when it does not start.
+    quint16 startScripted(const QString &mode);
 
     // The JSON of an SFTP authorization code for this server and the test account.
     QJsonObject codeJson() const;
@@ -51,6 +59,9 @@ public:
 
     // Set by CI: a server that cannot run is then a failure instead of a skipped test.
     static bool required() { return qEnvironmentVariableIntValue("OMBRIVANE_REQUIRE_SSHD") == 1; }
+
+    // One request of the Windows side, a method name and its arguments, and the answer to send back.
+    QByteArray answer(const QByteArrayList &request);
 
 private:
     bool prepare(QString *whyNot);
@@ -62,5 +73,6 @@ private:
     QString m_root;
     quint16 m_port = 0;
     QProcess m_process;
+    QProcess m_scripted;
     QByteArray m_output;
 };

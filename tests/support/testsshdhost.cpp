@@ -1,0 +1,57 @@
+// Runs a Windows build of the SFTP test under Wine against the test server of this machine: starts the
+// server, answers the test's questions about it on a loopback port (testsshd_win.cpp), runs the command
+// given and ends with its exit code.
+//
+//   testsshdhost COMMAND [ARGUMENT...]
+
+#include "support/testsshd.h"
+
+#include <QCoreApplication>
+#include <QTcpServer>
+#include <QTcpSocket>
+
+#include <cstdio>
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication app(argc, argv);
+    QStringList command = app.arguments().mid(1);
+    if (command.isEmpty())
+        return 2;
+
+    TestSshd server;
+    QTcpServer questions;
+    QString whyNot;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    if (server.start(&whyNot) && questions.listen(QHostAddress::LocalHost))
+        environment.insert(QStringLiteral("OMBRIVANE_TEST_SSHD_HOST"), QString::number(questions.serverPort()));
+    else
+        std::fprintf(stderr, "testsshdhost: no server: %s\n", qPrintable(whyNot));
+
+    QObject::connect(&questions, &QTcpServer::newConnection, [&] {
+        QTcpSocket *client = questions.nextPendingConnection();
+        QObject::connect(client, &QTcpSocket::disconnected, client, &QObject::deleteLater);
+        QObject::connect(client, &QTcpSocket::readyRead, client, [&server, client] {
+            if (!client->canReadLine())
+                return;
+            QByteArrayList request = client->readLine().trimmed().split(' ');
+            for (QByteArray &field : request)
+                field = QByteArray::fromBase64(field);
+            client->write(server.answer(request).toBase64() + '\n');
+            client->disconnectFromHost();
+        });
+    });
+
+    QProcess test;
+    test.setProcessChannelMode(QProcess::ForwardedChannels);
+    test.setProcessEnvironment(environment);
+    QObject::connect(
+        &test, qOverload<int, QProcess::ExitStatus>(&QProcess::finished), &app,
+        [&app](int code, QProcess::ExitStatus status) { app.exit(status == QProcess::NormalExit ? code : 1); });
+    QObject::connect(&test, &QProcess::errorOccurred, &app, [&app](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart)
+            app.exit(2);
+    });
+    test.start(command.takeFirst(), command);
+    return app.exec();
+}
