@@ -2,14 +2,19 @@
 # Installs the Debian 12 packages that are missing: those to build and run the client, and with --test
 # those the test suite needs as well (a real OpenSSH server, python3-asyncssh for the scripted misbehaving
 # SFTP server, clang for the fuzz target); with --screenshots the virtual X server that
-# scripts/screenshots.sh pictures the program in.
+# scripts/screenshots.sh pictures the program in; with --windows what scripts/windows.sh cross-builds,
+# tests and packs the Windows program with (mingw-w64, the source packages' tools, wine64, NSIS).
 set -euo pipefail
 
 packages=(cmake ninja-build g++ pkg-config qtbase5-dev qttranslations5-l10n libssh2-1-dev fonts-noto-cjk)
-case "${1:-}" in
---test) packages+=(openssh-server openssh-client python3-asyncssh clang libclang-rt-14-dev) ;;
---screenshots) packages+=(xvfb xauth) ;;
-esac
+for option in "$@"; do
+    case "$option" in
+    --test) packages+=(openssh-server openssh-client python3-asyncssh clang libclang-rt-14-dev) ;;
+    --screenshots) packages+=(xvfb xauth) ;;
+    --windows) packages+=(g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix dpkg-dev make perl python3 wine64 nsis
+        file xvfb xauth x11-utils) ;;
+    esac
+done
 
 missing=()
 for package in "${packages[@]}"; do

@@ -59,8 +59,6 @@ private slots:
         QTest::addColumn<QString>("expected");
         QFile log(folder + dayLog(0));
         const QString lines = log.open(QIODevice::ReadOnly) ? log.readAll() : "(none)";
-        const QString mode = QString::number(QFile::permissions(folder) & 0x7077, 16) + " "
-            + QString::number(log.permissions() & 0x7077, 16);
         QTest::newRow("style sheet, translation, login")
             << atLogin.join(", ") << "file:///:/qss/ombrivane.css, 取消, shown";
         QTest::newRow("exit code") << exitCode << "0";
@@ -68,7 +66,11 @@ private slots:
             << QString(lines).replace(QRegularExpression(R"(\[[-\d: ]{23}\]\[0x[0-9a-f]+\](\[main qMain):\d+)"),
                                       "[time][thread]\\1")
             << "[M][time][thread][main qMain][ombrivane start]\n[M][time][thread][main qMain][ombrivane end 0]\n";
+#ifdef Q_OS_UNIX // on Windows the folder's access list decides
+        const QString mode = QString::number(QFile::permissions(folder) & 0x7077, 16) + " "
+            + QString::number(log.permissions() & 0x7077, 16);
         QTest::newRow("log modes: owner alone") << mode << "7000 6000"; // owner, group, other bits of Qt's flags
+#endif
         QTest::newRow("warning letter") << VorLog::levelLetter(2) << "W";
         for (const auto &[name, fate] : logs)
             QTest::newRow(qPrintable(name)) << (QFile::exists(folder + name) ? "kept" : "removed") << fate;
