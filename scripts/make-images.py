@@ -14,6 +14,7 @@ import argparse
 import io
 import math
 import pathlib
+import struct
 import subprocess
 import sys
 import tempfile
@@ -60,6 +61,9 @@ PICTURES = [
 ]
 
 WAIT_MOVIE = "WaitMovie.gif"
+# The Windows program's icon (resources/ombrivane.rc), the product mark at the sizes Windows shows.
+WINDOWS_ICON = "ombrivane.ico"
+ICON_SIZES = [16, 24, 32, 48, 64, 256]
 WAIT_SIZE = 64
 WAIT_FRAMES = 48
 WAIT_FRAME_MS = 30
@@ -144,10 +148,23 @@ def wait_movie():
     return out.getvalue()
 
 
+def windows_icon():
+    """The product mark at the sizes Windows shows a program at, as PNG images in one icon file."""
+    images = [render_svg("logo.svg", size, {}) for size in ICON_SIZES]
+    header = struct.pack("<HHH", 0, 1, len(images))
+    offset = len(header) + 16 * len(images)
+    entries, payload = b"", b""
+    for size, data in zip(ICON_SIZES, images):
+        entries += struct.pack("<BBBBHHII", size % 256, size % 256, 0, 0, 1, 32, len(data), offset + len(payload))
+        payload += data
+    return header + entries + payload
+
+
 def all_images():
     for name, drawing, size, substitutions in PICTURES:
         yield name, render_svg(drawing, size, substitutions)
     yield WAIT_MOVIE, wait_movie()
+    yield WINDOWS_ICON, windows_icon()
 
 
 def same_pixels(a, b):
