@@ -20,10 +20,11 @@ step() { printf '\n== %s (%d s)\n' "$*" $((SECONDS - started)); }
 triple_of() { echo "$1-w64-mingw32"; }
 bits_of() { [[ $1 == i686 ]] && echo 32 || echo 64; }
 
-# The DLLs that the given programs and plugins import, and those they import in turn, found in the given
-# folders; the system's own DLLs are in none of them and stay out.
+# The DLLs that the given programs and plugins import, and those they import in turn, found in the folders
+# of SEARCH (separated by colons); the system's own DLLs are in none of them and stay out.
 dll_closure() {
-    local -n folders=$1
+    local folders
+    IFS=: read -r -a folders <<<"$1"
     shift
     local -A seen=()
     local queue=("$@") file name folder
@@ -57,9 +58,10 @@ stage() {
     cp "$QT/plugins/styles/qwindowsvistastyle.dll" "$stage_dir/styles/"
     cp "$QT/plugins/imageformats/qgif.dll" "$stage_dir/imageformats/" # the wait animation
     cp /usr/share/qt5/translations/qtbase_zh_CN.qm "$stage_dir/translations/"
-    local folders=("$QT/bin" "$LIBSSH2/bin" "$OPENSSL/bin" "/usr/lib/gcc/$triple/$("$triple-g++-posix" -dumpversion)"
-        "/usr/$triple/lib")
-    dll_closure folders "$stage_dir/ombrivane.exe" "$stage_dir"/{platforms,styles,imageformats}/*.dll |
+    local runtime
+    runtime=/usr/lib/gcc/$triple/$("$triple-g++-posix" -dumpversion)
+    dll_closure "$QT/bin:$LIBSSH2/bin:$OPENSSL/bin:$runtime:/usr/$triple/lib" \
+        "$stage_dir/ombrivane.exe" "$stage_dir"/{platforms,styles,imageformats}/*.dll |
         xargs -r cp -t "$stage_dir/"
     "$triple-strip" --strip-unneeded "$stage_dir"/*.exe "$stage_dir"/*.dll "$stage_dir"/*/*.dll
     # What the uninstaller removes: exactly these files and folders.
@@ -111,10 +113,15 @@ check_installed() {
             ls "$WINEPREFIX/drive_c/ProgramData/Microsoft/Windows/Start Menu/Programs/$3.lnk" >/dev/null
             /usr/lib/wine/wine64 "C:\\Program Files\\ombrivane\\ombrivane.exe" &
             for _ in $(seq 120); do
-                xwininfo -root -tree | grep -q "\"$3\"" && grep -q "ombrivane start" "$4" 2>/dev/null && exit 0
+                if xwininfo -name "$3" 2>/dev/null | grep -q IsViewable && grep -qs "ombrivane start" "$4"; then
+                    /usr/lib/wine/wineserver -k
+                    exit 0
+                fi
                 sleep 0.5
             done
-            echo "no login dialog or no start line within 60 s"; xwininfo -root -tree | head -20; exit 1
+            echo "no login dialog or no start line within 60 s"
+            xwininfo -root -tree | head -20
+            exit 1
         ' check "$setup" "$program_dir" "$product" "$log" || status=$?
     [[ $status == 0 ]] && summary+=("installed program: login dialog shown; $(grep -m1 'ombrivane start' "$log")")
     WINEPREFIX=$scratch/prefix /usr/lib/wine/wineserver -k 2>/dev/null || true
