@@ -1,19 +1,17 @@
 #!/usr/bin/python3
 """A misbehaving SFTP server for the tests, on a free loopback port that it prints on its first line.
 
-Any user name and password sign in. Every folder reads as the mode given on the command line says:
+Any password signs in. Every folder reads as the user name says:
   stall     five entries, then no answer to the next read, ever
   endless   entries without end
   longname  "a", a name of 600 bytes and "b", all in one reply
   slow      three replies of two entries and the end, each after 0.8 s
 """
 import asyncio
-import sys
 
 import asyncssh
 from asyncssh import sftp
 
-MODE = sys.argv[1]
 BATCH = 100
 
 
@@ -23,13 +21,13 @@ def entry(name):
     return sftp.SFTPName(name, longname, attrs)
 
 
-def batches():
-    if MODE == "longname":
+def batches(mode):
+    if mode == "longname":
         yield [entry(b"a"), entry(b"L" * 600), entry(b"b")]
-    elif MODE == "slow":
+    elif mode == "slow":
         for reply in range(3):
             yield [entry(b"s%d" % (2 * reply + i)) for i in range(2)]
-    elif MODE == "stall":
+    elif mode == "stall":
         yield [entry(b"e%d" % i) for i in range(5)]
         yield None
     else:
@@ -44,9 +42,10 @@ readers = {}
 
 async def readdir(handler, packet):
     handle = packet.get_string()
-    reader = readers.setdefault(handle, batches())
+    mode = handler._server.mode
+    reader = readers.setdefault((handler, handle), batches(mode))
     names = next(reader, [])
-    if MODE == "slow":
+    if mode == "slow":
         await asyncio.sleep(0.8)
     if names is None:
         await asyncio.Event().wait()  # silent from here on
@@ -67,6 +66,10 @@ class Server(asyncssh.SSHServer):
 
 
 class Files(asyncssh.SFTPServer):
+    def __init__(self, chan):
+        super().__init__(chan)
+        self.mode = chan.get_extra_info("username")
+
     def listdir(self, path):
         return []
 

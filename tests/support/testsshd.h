@@ -10,14 +10,15 @@
 // A private OpenSSH server for the SFTP tests: Debian's sshd in the foreground on a free loopback port,
 // the internal SFTP server only (with no umask, so the modes the client asks for show unmasked), and a
 // chroot whose /user-01 belongs to a test account that logs in by password (or, for OpenSSH's own client,
-// by key). Beside it, on request, the scripted server that plays what OpenSSH never does.
+// by key). Beside it, the scripted server (tests/sdk/scriptedsftpserver.py) that plays what OpenSSH never
+// does, in the mode its user name asks for.
 //
 // sshd insists that every folder above a chroot is root-owned and writable by root only, so the chroot
 // lives under /var/lib/ombrivane-test rather than under /tmp. Creating the account and running sshd need
 // root; start() says why when the server cannot run.
 //
-// A Windows build, run under Wine, has no sshd of its own: testsshdhost starts this server on the Linux
-// side and the Windows TestSshd (testsshd_win.cpp) asks it for everything over loopback.
+// A Windows build, run under Wine, has no sshd of its own: testsshdhost starts the servers on the Linux side
+// and the Windows TestSshd (testsshd_win.cpp) asks it about them over loopback.
 class TestSshd
 {
 public:
@@ -26,13 +27,14 @@ public:
     TestSshd(const TestSshd &) = delete;
     TestSshd &operator=(const TestSshd &) = delete;
 
-    // Starts the server and waits until it listens. False, with the reason, when it cannot run here.
+    // Starts both servers and waits until they listen. False, with the reason, when they cannot run here.
     bool start(QString *whyNot);
-    // Ends the listener; sessions still open end with their clients.
+    // Ends the listeners; sessions still open end with their clients.
     void stop();
 
     static QString host() { return QStringLiteral("127.0.0.1"); }
     quint16 port() const { return m_port; }
+    quint16 scriptedPort() const { return m_scriptedPort; }
     static QString userName() { return QStringLiteral("ombrivane-sftp"); }
     static QByteArray password() { return QByteArrayLiteral("Ombrivane-Test-01"); }
     QString homeOnDisk() const { return m_root + QStringLiteral("/user-01"); }
@@ -48,10 +50,6 @@ public:
     // The type and mode bits of an entry under /user-01 on the server's disk (st_mode); 0 when it is missing.
     unsigned modeOf(const QString &relative) const;
 
-    // Starts the scripted server (tests/sdk/scriptedsftpserver.py) in one of its modes, in place of the
-    // one started before; its port, or 0 when it does not start.
-    quint16 startScripted(const QString &mode);
-
     // The JSON of an SFTP authorization code for this server and the test account.
     QJsonObject codeJson() const;
     // The two base64 layers around a JSON document, with an arbitrary six-character prefix inside.
@@ -65,6 +63,7 @@ public:
 
 private:
     bool prepare(QString *whyNot);
+    bool startScripted(QString *whyNot);
     bool prepareKeys(QString *whyNot) const;
     bool listen(QString *whyNot);
     bool ownByAccount(const QByteArray &path) const;
@@ -72,6 +71,7 @@ private:
     QTemporaryDir m_configDir;
     QString m_root;
     quint16 m_port = 0;
+    quint16 m_scriptedPort = 0;
     QProcess m_process;
     QProcess m_scripted;
     QByteArray m_output;

@@ -71,7 +71,7 @@ bool TestSshd::start(QString *whyNot)
         return false;
     }
     keepKnownHostsPrivate();
-    if (!prepare(whyNot) || !prepareKeys(whyNot))
+    if (!prepare(whyNot) || !prepareKeys(whyNot) || !startScripted(whyNot))
         return false;
     // The free port is found by binding to port 0 and letting it go; another process may take it in
     // between, so a bind failure is tried again with a new port.
@@ -84,6 +84,16 @@ bool TestSshd::start(QString *whyNot)
             return whyNot->isEmpty();
     }
     return false;
+}
+
+bool TestSshd::startScripted(QString *whyNot)
+{
+    m_scripted.start(QStringLiteral("/usr/bin/python3"), { QStringLiteral(SCRIPTED_SFTP_SERVER) });
+    // It prints its port once it listens.
+    m_scriptedPort = m_scripted.waitForReadyRead(20000) ? m_scripted.readLine().trimmed().toUShort() : 0;
+    if (m_scriptedPort == 0)
+        *whyNot = QStringLiteral("the scripted server does not start: ") + m_scripted.readAllStandardError();
+    return m_scriptedPort != 0;
 }
 
 bool TestSshd::prepare(QString *whyNot)
@@ -195,23 +205,10 @@ unsigned TestSshd::modeOf(const QString &relative) const
     return ::stat(path.constData(), &info) == 0 ? info.st_mode : 0;
 }
 
-quint16 TestSshd::startScripted(const QString &mode)
-{
-    m_scripted.kill();
-    m_scripted.waitForFinished();
-    m_scripted.start(QStringLiteral("/usr/bin/python3"), { QStringLiteral(SCRIPTED_SFTP_SERVER), mode });
-    // It prints its port once it listens.
-    return m_scripted.waitForReadyRead(20000) ? m_scripted.readLine().trimmed().toUShort() : 0;
-}
-
 QByteArray TestSshd::answer(const QByteArrayList &request)
 {
     const QString first = QString::fromUtf8(request.value(1)), second = QString::fromUtf8(request.value(2));
     const QByteArray method = request.value(0);
-    if (method == "port")
-        return QByteArray::number(m_port);
-    if (method == "stop")
-        stop();
     if (method == "output")
         return output().toUtf8();
     if (method == "makeDir")
@@ -222,7 +219,5 @@ QByteArray TestSshd::answer(const QByteArrayList &request)
         return QByteArray::number(makeLink(first, second));
     if (method == "modeOf")
         return QByteArray::number(modeOf(first));
-    if (method == "startScripted")
-        return QByteArray::number(startScripted(first));
     return QByteArray();
 }

@@ -4,14 +4,14 @@
 #include <QStandardPaths>
 #include <QTcpSocket>
 
-// Under Wine the server, its account and its disk are on the Linux side: testsshdhost started this
-// program with the port where it answers in OMBRIVANE_TEST_SSHD_HOST, and every call asks there.
+// Under Wine the servers, the account and its disk are on the Linux side: testsshdhost started this
+// program with OMBRIVANE_TEST_SSHD set to the port where it answers questions and the two servers' ports.
 
 namespace {
 
-quint16 hostPort()
+quint16 handedPort(int which)
 {
-    return static_cast<quint16>(qEnvironmentVariableIntValue("OMBRIVANE_TEST_SSHD_HOST"));
+    return qEnvironmentVariable("OMBRIVANE_TEST_SSHD").section(QLatin1Char(' '), which, which).toUShort();
 }
 
 // One line of base64 fields each way.
@@ -21,9 +21,7 @@ QByteArray ask(const QByteArrayList &request)
     for (const QByteArray &field : request)
         fields << field.toBase64();
     QTcpSocket socket;
-    socket.connectToHost(QHostAddress::LocalHost, hostPort());
-    if (!socket.waitForConnected(10000))
-        return QByteArray();
+    socket.connectToHost(QHostAddress::LocalHost, handedPort(0));
     socket.write(fields.join(' ') + '\n');
     while (!socket.canReadLine() && socket.waitForReadyRead(30000)) { }
     return QByteArray::fromBase64(socket.readLine().trimmed());
@@ -36,16 +34,13 @@ TestSshd::~TestSshd() = default;
 bool TestSshd::start(QString *whyNot)
 {
     QStandardPaths::setTestModeEnabled(true); // the known hosts stay out of the user's configuration
-    m_port = hostPort() != 0 ? ask({ "port" }).toUShort() : 0;
-    if (m_port == 0)
-        *whyNot = QStringLiteral("no server from the Linux side (tests/support/testsshdhost runs this program)");
-    return m_port != 0;
+    m_port = handedPort(1);
+    m_scriptedPort = handedPort(2);
+    *whyNot = QStringLiteral("no servers from the Linux side (tests/support/testsshdhost runs this program)");
+    return m_port != 0 && m_scriptedPort != 0;
 }
 
-void TestSshd::stop()
-{
-    ask({ "stop" });
-}
+void TestSshd::stop() { } // testsshdhost ends the servers with the test
 
 QString TestSshd::output()
 {
@@ -70,9 +65,4 @@ bool TestSshd::makeLink(const QString &target, const QString &relative) const
 unsigned TestSshd::modeOf(const QString &relative) const
 {
     return ask({ "modeOf", relative.toUtf8() }).toUInt();
-}
-
-quint16 TestSshd::startScripted(const QString &mode)
-{
-    return ask({ "startScripted", mode.toUtf8() }).toUShort();
 }

@@ -1,6 +1,6 @@
-// Runs a Windows build of the SFTP test under Wine against the test server of this machine: starts the
-// server, answers the test's questions about it on a loopback port (testsshd_win.cpp), runs the command
-// given and ends with its exit code.
+// Runs a Windows build of the SFTP test under Wine against the test servers of this machine: starts them,
+// answers the test's questions about them on a loopback port (testsshd_win.cpp), runs the command given
+// and ends with its exit code.
 //
 //   testsshdhost COMMAND [ARGUMENT...]
 
@@ -16,17 +16,18 @@ int main(int argc, char *argv[])
 {
     QCoreApplication app(argc, argv);
     QStringList command = app.arguments().mid(1);
-    if (command.isEmpty())
-        return 2;
-
     TestSshd server;
     QTcpServer questions;
     QString whyNot;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    if (command.isEmpty())
+        return 2;
     if (server.start(&whyNot) && questions.listen(QHostAddress::LocalHost))
-        environment.insert(QStringLiteral("OMBRIVANE_TEST_SSHD_HOST"), QString::number(questions.serverPort()));
+        environment.insert(
+            "OMBRIVANE_TEST_SSHD",
+            QStringLiteral("%1 %2 %3").arg(questions.serverPort()).arg(server.port()).arg(server.scriptedPort()));
     else
-        std::fprintf(stderr, "testsshdhost: no server: %s\n", qPrintable(whyNot));
+        std::fprintf(stderr, "testsshdhost: no servers: %s\n", qPrintable(whyNot));
 
     QObject::connect(&questions, &QTcpServer::newConnection, [&] {
         QTcpSocket *client = questions.nextPendingConnection();
@@ -48,10 +49,6 @@ int main(int argc, char *argv[])
     QObject::connect(
         &test, qOverload<int, QProcess::ExitStatus>(&QProcess::finished), &app,
         [&app](int code, QProcess::ExitStatus status) { app.exit(status == QProcess::NormalExit ? code : 1); });
-    QObject::connect(&test, &QProcess::errorOccurred, &app, [&app](QProcess::ProcessError error) {
-        if (error == QProcess::FailedToStart)
-            app.exit(2);
-    });
     test.start(command.takeFirst(), command);
-    return app.exec();
+    return test.waitForStarted() ? app.exec() : 2;
 }
