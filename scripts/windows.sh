@@ -92,7 +92,7 @@ installer_for() {
     step "installer for $arch"
     makensis -V2 -INPUTCHARSET UTF8 -DVERSION="$version" -DARCH="$arch" -DSTAGE="$stage_dir" -DOUTFILE="$setup" \
         scripts/windows/installer.nsi
-    summary+=("$(basename "$setup"): $(du -k "$setup" | cut -f1) KiB, $(file -b "$setup" | cut -d, -f1)")
+    summary+=("$(basename "$setup"): $(du -k "$setup" | cut -f1) KiB, $(file -b "$setup" | sed 's/ (stripped.*//')")
 }
 
 # Installs the 64-bit installer silently into a new prefix, starts the installed program on a virtual
@@ -142,7 +142,8 @@ tests_passed=0
 if (cd build-win-x86_64 && xvfb-run -a ctest --output-on-failure -j1 --timeout 600 | tee ctest.log); then
     tests_passed=1
 fi
-summary+=("tests under wine64: $(grep -E 'tests passed|tests failed' build-win-x86_64/ctest.log)")
+summary+=("tests under wine64:" "$(grep -E 'Test +#' build-win-x86_64/ctest.log)"
+    "$(grep -E 'tests passed|tests failed' build-win-x86_64/ctest.log)")
 installer_for x86_64
 build_for i686
 installer_for i686

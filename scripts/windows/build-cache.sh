@@ -64,7 +64,7 @@ fetch_source() {
     find "$dir" -mindepth 1 -maxdepth 1 -type d | head -n 1
 }
 
-compiler_id() { "$triple-g++" --version | head -n 1; "$triple-g++" -v 2>&1 | grep '^Thread model'; }
+compiler_id() { "$triple-g++" --version | sed -n 1p; "$triple-g++" -v 2>&1 | sed -n '/^Thread model/p'; }
 
 # The cache folder for NAME: a hash of the source version, the recipe and the compiler.
 prefix_for() {
@@ -97,7 +97,7 @@ build_once() {
     log "$what for $arch built in $((SECONDS - started)) s"
 }
 
-"$triple-g++" -v 2>&1 | grep -q '^Thread model: posix' || {
+[[ $("$triple-g++" -v 2>&1) == *"Thread model: posix"* ]] || {
     echo "$triple-g++ is not the posix-thread compiler (update-alternatives --config $triple-g++)" >&2
     exit 1
 }
