@@ -64,6 +64,8 @@ stage() {
         "$stage_dir/ombrivane.exe" "$stage_dir"/{platforms,styles,imageformats}/*.dll |
         xargs -r cp -t "$stage_dir/"
     "$triple-strip" --strip-unneeded "$stage_dir"/*.exe "$stage_dir"/*.dll "$stage_dir"/*/*.dll
+    summary+=("$stage_dir/ombrivane.exe: $(file -b "$stage_dir/ombrivane.exe" | sed 's/ (stripped.*//'),"
+        "  folder $(du -sk "$stage_dir" | cut -f1) KiB")
     # What the uninstaller removes: exactly these files and folders.
     (cd "$stage_dir" && find . -type f | sed 's|^\./||; s|/|\\|g; s|.*|    Delete "$INSTDIR\\&"|') >"$stage_dir.files"
     (cd "$stage_dir" && find . -mindepth 1 -type d | sort -r | sed 's|^\./||; s|/|\\|g; s|.*|    RMDir "$INSTDIR\\&"|') \
@@ -96,7 +98,8 @@ installer_for() {
 }
 
 # Installs the 64-bit installer silently into a new prefix, starts the installed program on a virtual
-# screen with nothing of the build in reach, and waits for its login dialog and its log's start line.
+# screen with nothing of the build in reach, waits for its login dialog and its log's start line, then
+# uninstalls it and checks that nothing is left.
 check_installed() {
     step "the installed 64-bit program under wine64"
     local scratch status=0
@@ -107,23 +110,26 @@ check_installed() {
     WINEPREFIX=$scratch/prefix WINEDEBUG=-all WINEDLLOVERRIDES=mscoree,mshtml= \
         xvfb-run -a -s '-screen 0 1600x1000x24' bash -c '
             set -e
+            shortcut="$WINEPREFIX/drive_c/ProgramData/Microsoft/Windows/Start Menu/Programs/$3.lnk"
             /usr/lib/wine/wine64 wineboot --init >/dev/null 2>&1
             /usr/lib/wine/wine64 "$1" /S
-            [[ -f "$2/ombrivane.exe" ]] || { echo "not installed into $2"; exit 1; }
-            ls "$WINEPREFIX/drive_c/ProgramData/Microsoft/Windows/Start Menu/Programs/$3.lnk" >/dev/null
+            [[ -f "$2/ombrivane.exe" && -f $shortcut ]] || { echo "not installed into $2 with $shortcut"; exit 1; }
             /usr/lib/wine/wine64 "C:\\Program Files\\ombrivane\\ombrivane.exe" &
             for _ in $(seq 120); do
-                if xwininfo -name "$3" 2>/dev/null | grep -q IsViewable && grep -qs "ombrivane start" "$4"; then
-                    /usr/lib/wine/wineserver -k
-                    exit 0
-                fi
+                xwininfo -name "$3" 2>/dev/null | grep -q IsViewable && grep -s "ombrivane start" "$4" >"$5" && break
                 sleep 0.5
             done
-            echo "no login dialog or no start line within 60 s"
-            xwininfo -root -tree | head -20
-            exit 1
-        ' check "$setup" "$program_dir" "$product" "$log" || status=$?
-    [[ $status == 0 ]] && summary+=("installed program: login dialog shown; $(grep -m1 'ombrivane start' "$log")")
+            [[ -s $5 ]] || { echo "no login dialog or no start line within 60 s"; xwininfo -root -tree | head; exit 1; }
+            /usr/lib/wine/wineserver -k
+            # The uninstaller runs from a copy of itself and removes the folder in the background.
+            /usr/lib/wine/wine64 "$2/uninstall.exe" /S
+            for _ in $(seq 60); do
+                [[ -e $2 || -e $shortcut ]] || { /usr/lib/wine/wineserver -k; exit 0; }
+                sleep 0.5
+            done
+            echo "the uninstaller left:"; find "$2" "$shortcut"; exit 1
+        ' check "$setup" "$program_dir" "$product" "$log" "$scratch/start-line" || status=$?
+    [[ $status == 0 ]] && summary+=("installed program: login dialog shown; $(cat "$scratch/start-line"); uninstalled")
     WINEPREFIX=$scratch/prefix /usr/lib/wine/wineserver -k 2>/dev/null || true
     rm -rf "$scratch"
     return "$status"
