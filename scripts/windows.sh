@@ -64,8 +64,8 @@ stage() {
         "$stage_dir/ombrivane.exe" "$stage_dir"/{platforms,styles,imageformats}/*.dll |
         xargs -r cp -t "$stage_dir/"
     "$triple-strip" --strip-unneeded "$stage_dir"/*.exe "$stage_dir"/*.dll "$stage_dir"/*/*.dll
-    summary+=("$stage_dir/ombrivane.exe: $(file -b "$stage_dir/ombrivane.exe" | sed 's/ (stripped.*//'),"
-        "  folder $(du -sk "$stage_dir" | cut -f1) KiB")
+    summary+=("$stage_dir/ombrivane.exe: $(file -b "$stage_dir/ombrivane.exe" | sed 's/ (stripped.*//'), folder $(
+        du -sk "$stage_dir" | cut -f1) KiB")
     # What the uninstaller removes: exactly these files and folders.
     (cd "$stage_dir" && find . -type f | sed 's|^\./||; s|/|\\|g; s|.*|    Delete "$INSTDIR\\&"|') >"$stage_dir.files"
     (cd "$stage_dir" && find . -mindepth 1 -type d | sort -r | sed 's|^\./||; s|/|\\|g; s|.*|    RMDir "$INSTDIR\\&"|') \
