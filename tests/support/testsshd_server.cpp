@@ -32,14 +32,10 @@ bool makeRootFolder(const char *path)
     return (::mkdir(path, 0755) == 0 || errno == EEXIST) && ::chown(path, 0, 0) == 0 && ::chmod(path, 0755) == 0;
 }
 
-// The client under test records each server's key in the user's configuration. Tests keep theirs in a
-// folder of their own process (Qt's test locations lie below the home folder), never in the user's, and
-// two suites run side by side never meet in one known-hosts file.
-void keepKnownHostsPrivate()
+bool fail(QString *whyNot, const QString &why)
 {
-    static QTemporaryDir home;
-    qputenv("HOME", QFile::encodeName(home.path()));
-    QStandardPaths::setTestModeEnabled(true);
+    *whyNot = why;
+    return false;
 }
 
 } // namespace
@@ -66,11 +62,14 @@ QString TestSshd::output()
 
 bool TestSshd::start(QString *whyNot)
 {
-    if (::geteuid() != 0 || !QFileInfo::exists(QStringLiteral("/usr/sbin/sshd")) || !m_configDir.isValid()) {
-        *whyNot = QStringLiteral("needs root and /usr/sbin/sshd (Debian package openssh-server)");
-        return false;
-    }
-    keepKnownHostsPrivate();
+    if (::geteuid() != 0 || !QFileInfo::exists(QStringLiteral("/usr/sbin/sshd")) || !m_configDir.isValid())
+        return fail(whyNot, QStringLiteral("needs root and /usr/sbin/sshd (Debian package openssh-server)"));
+    // The client under test records each server's key in the user's configuration. Tests keep theirs in a
+    // folder of their own process (Qt's test locations lie below the home folder), never in the user's, and
+    // two suites run side by side never meet in one known-hosts file.
+    static QTemporaryDir home;
+    qputenv("HOME", QFile::encodeName(home.path()));
+    QStandardPaths::setTestModeEnabled(true);
     if (!prepare(whyNot) || !prepareKeys(whyNot) || !startScripted(whyNot))
         return false;
     // The free port is found by binding to port 0 and letting it go; another process may take it in
@@ -91,18 +90,15 @@ bool TestSshd::startScripted(QString *whyNot)
     m_scripted.start(QStringLiteral("/usr/bin/python3"), { QStringLiteral(SCRIPTED_SFTP_SERVER) });
     // It prints its port once it listens.
     m_scriptedPort = m_scripted.waitForReadyRead(20000) ? m_scripted.readLine().trimmed().toUShort() : 0;
-    if (m_scriptedPort == 0)
-        *whyNot = QStringLiteral("the scripted server does not start: ") + m_scripted.readAllStandardError();
-    return m_scriptedPort != 0;
+    return m_scriptedPort != 0
+        || fail(whyNot, QStringLiteral("the scripted server does not start: ") + m_scripted.readAllStandardError());
 }
 
 bool TestSshd::prepare(QString *whyNot)
 {
     // /run/sshd is compiled into Debian's sshd; a machine that never booted with systemd has none.
-    if (!makeRootFolder("/run/sshd") || !makeRootFolder(TestBase)) {
-        *whyNot = QStringLiteral("cannot create /run/sshd and %1 root-owned 0755").arg(QLatin1String(TestBase));
-        return false;
-    }
+    if (!makeRootFolder("/run/sshd") || !makeRootFolder(TestBase))
+        return fail(whyNot, QStringLiteral("cannot create /run/sshd and %1 root-owned 0755").arg(TestBase));
     const QByteArray user = userName().toUtf8();
     if (!::getpwnam(user.constData()))
         runTool("useradd", { "-M", "-U", "-d", "/user-01", "-s", "/usr/sbin/nologin", userName() });
@@ -118,8 +114,7 @@ bool TestSshd::prepare(QString *whyNot)
         if (::mkdir(home.constData(), 0755) == 0 && ownByAccount(home))
             return true;
     }
-    *whyNot = QStringLiteral("cannot set up the test account %1 and its chroot").arg(userName());
-    return false;
+    return fail(whyNot, QStringLiteral("cannot set up the test account %1 and its chroot").arg(userName()));
 }
 
 bool TestSshd::prepareKeys(QString *whyNot) const
@@ -127,15 +122,12 @@ bool TestSshd::prepareKeys(QString *whyNot) const
     // The account reads its authorized keys itself, so the folder and that file must be readable to it.
     const QString authorized = m_configDir.filePath(QStringLiteral("authorized_keys"));
     const QStringList newKey { "-q", "-t", "ed25519", "-N", "", "-f" };
-    if (!runTool("ssh-keygen", newKey + QStringList { m_configDir.filePath(QStringLiteral("host_key")) })
-        || !runTool("ssh-keygen", newKey + QStringList { clientKeyPath() })
-        || !QFile::copy(clientKeyPath() + QStringLiteral(".pub"), authorized)
-        || ::chmod(QFile::encodeName(authorized).constData(), 0644) != 0
-        || ::chmod(QFile::encodeName(m_configDir.path()).constData(), 0755) != 0) {
-        *whyNot = QStringLiteral("cannot make the host and client keys");
-        return false;
-    }
-    return true;
+    return (runTool("ssh-keygen", newKey + QStringList { m_configDir.filePath(QStringLiteral("host_key")) })
+            && runTool("ssh-keygen", newKey + QStringList { clientKeyPath() })
+            && QFile::copy(clientKeyPath() + QStringLiteral(".pub"), authorized)
+            && ::chmod(QFile::encodeName(authorized).constData(), 0644) == 0
+            && ::chmod(QFile::encodeName(m_configDir.path()).constData(), 0755) == 0)
+        || fail(whyNot, QStringLiteral("cannot make the host and client keys"));
 }
 
 bool TestSshd::listen(QString *whyNot)
@@ -169,8 +161,7 @@ bool TestSshd::listen(QString *whyNot)
     m_process.kill();
     m_process.waitForFinished();
     m_output += m_process.readAll();
-    *whyNot = QStringLiteral("sshd did not listen on port %1: %2").arg(m_port).arg(QString::fromLocal8Bit(m_output));
-    return false;
+    return fail(whyNot, QStringLiteral("sshd did not listen on port %1: %2").arg(m_port).arg(QString(m_output)));
 }
 
 bool TestSshd::ownByAccount(const QByteArray &path) const
@@ -188,9 +179,8 @@ bool TestSshd::makeDir(const QString &relative) const
 bool TestSshd::writeFile(const QString &relative, const QByteArray &content) const
 {
     QFile file(homeOnDisk() + QLatin1Char('/') + relative);
-    const bool written = file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(content) == content.size();
-    file.close();
-    return written && ownByAccount(QFile::encodeName(file.fileName()));
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(content) == content.size()
+        && file.flush() && ownByAccount(QFile::encodeName(file.fileName()));
 }
 
 bool TestSshd::makeLink(const QString &target, const QString &relative) const
