@@ -46,8 +46,7 @@ private slots:
     void expiryTipShowsToTheLastDayAndAfter()
     {
         data->updateUser(QStringLiteral("tarn"), -3, true);
-        QCOMPARE(data->getUserTips(),
-                 QStringLiteral("您的授权码有效期还有 -3 天，到期后若需要继续使用请联系业务管理员"));
+        QCOMPARE(data->getUserTips(), "您的授权码有效期还有 -3 天，到期后若需要继续使用请联系业务管理员");
         data->updateUser(QStringLiteral("tarn"), 5, false);
         QCOMPARE(data->getUserTips(), QString());
     }
@@ -120,40 +119,34 @@ private slots:
         }
     }
 
-    void enterDir_data()
+    void requests_data()
     {
         QTest::addColumn<QString>("current");
-        QTest::addColumn<QString>("dir");
-        QTest::addColumn<QString>("listed"); // empty: nothing is listed
+        QTest::addColumn<QString>("request"); // a folder to enter, or "upload" and the files chosen
+        QTest::addColumn<QString>("calls"); // the back end's, a listing with the path shown while it is asked
         QTest::newRow("nothing above the root") << QStringLiteral("/") << QStringLiteral("..") << QString();
-        QTest::newRow("cleaned") << QStringLiteral("/a/b") << QStringLiteral("../c/") << QStringLiteral("/a/c");
+        QTest::newRow("cleaned") << QStringLiteral("/a/b") << QStringLiteral("../c/")
+                                 << QStringLiteral("getFileInfo /a/c (shown: /a/c)");
+        QTest::newRow("every file uploaded")
+            << QStringLiteral("/") << QStringLiteral("upload a b") << QStringLiteral("upload a|upload b");
     }
-
-    void enterDir()
+    // The path bar shows a folder while a slow server is still listing it.
+    void requests()
     {
         QFETCH(QString, current);
-        QFETCH(QString, dir);
-        QFETCH(QString, listed);
+        QFETCH(QString, request);
         auto *recorder = new RecordingBackend;
         VorSdk::instance()->adoptBackend(recorder);
         data->updateFilePath(current);
-        QString pathWhenAsked;
         recorder->listing = [&](const QString &) {
-            pathWhenAsked = data->path();
+            recorder->calls.last() += "(shown: " + data->path() + ')';
             return QList<FileEntry *>();
         };
-        VorSdk::instance()->EnterDir(dir);
-        QCOMPARE(recorder->calls, listed.isEmpty() ? QStringList() : QStringList { "getFileInfo " + listed + " " });
-        // The path bar shows the folder while a slow server is still listing it.
-        QCOMPARE(pathWhenAsked, listed);
-    }
-
-    void uploadsEveryFile()
-    {
-        auto *recorder = new RecordingBackend;
-        VorSdk::instance()->adoptBackend(recorder);
-        VorSdk::instance()->upload({ QStringLiteral("a"), QStringLiteral("b") });
-        QCOMPARE(recorder->calls, (QStringList { "upload a", "upload b" }));
+        if (request.startsWith("upload "))
+            VorSdk::instance()->upload(request.split(' ').mid(1));
+        else
+            VorSdk::instance()->EnterDir(request);
+        QTEST(recorder->calls.join('|'), "calls");
     }
 };
 
