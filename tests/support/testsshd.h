@@ -63,8 +63,6 @@ public:
 
 private:
     bool prepare(QString *whyNot);
-    bool startScripted(QString *whyNot);
-    bool prepareKeys(QString *whyNot) const;
     bool listen(QString *whyNot);
     bool ownByAccount(const QByteArray &path) const;
 

@@ -70,8 +70,22 @@ bool TestSshd::start(QString *whyNot)
     static QTemporaryDir home;
     qputenv("HOME", QFile::encodeName(home.path()));
     QStandardPaths::setTestModeEnabled(true);
-    if (!prepare(whyNot) || !prepareKeys(whyNot) || !startScripted(whyNot))
+    if (!prepare(whyNot))
         return false;
+    // The account reads its authorized keys itself, so the folder and that file must be readable to it.
+    const QString authorized = m_configDir.filePath(QStringLiteral("authorized_keys"));
+    const QStringList newKey { "-q", "-t", "ed25519", "-N", "", "-f" };
+    if (!runTool("ssh-keygen", newKey + QStringList { m_configDir.filePath(QStringLiteral("host_key")) })
+        || !runTool("ssh-keygen", newKey + QStringList { clientKeyPath() })
+        || !QFile::copy(clientKeyPath() + QStringLiteral(".pub"), authorized)
+        || ::chmod(QFile::encodeName(authorized).constData(), 0644) != 0
+        || ::chmod(QFile::encodeName(m_configDir.path()).constData(), 0755) != 0)
+        return fail(whyNot, QStringLiteral("cannot make the host and client keys"));
+    m_scripted.start(QStringLiteral("/usr/bin/python3"), { QStringLiteral(SCRIPTED_SFTP_SERVER) });
+    // It prints its port once it listens.
+    m_scriptedPort = m_scripted.waitForReadyRead(20000) ? m_scripted.readLine().trimmed().toUShort() : 0;
+    if (m_scriptedPort == 0)
+        return fail(whyNot, QStringLiteral("the scripted server does not start: ") + m_scripted.readAllStandardError());
     // The free port is found by binding to port 0 and letting it go; another process may take it in
     // between, so a bind failure is tried again with a new port.
     for (int attempt = 0; attempt < 3; ++attempt) {
@@ -83,15 +97,6 @@ bool TestSshd::start(QString *whyNot)
             return whyNot->isEmpty();
     }
     return false;
-}
-
-bool TestSshd::startScripted(QString *whyNot)
-{
-    m_scripted.start(QStringLiteral("/usr/bin/python3"), { QStringLiteral(SCRIPTED_SFTP_SERVER) });
-    // It prints its port once it listens.
-    m_scriptedPort = m_scripted.waitForReadyRead(20000) ? m_scripted.readLine().trimmed().toUShort() : 0;
-    return m_scriptedPort != 0
-        || fail(whyNot, QStringLiteral("the scripted server does not start: ") + m_scripted.readAllStandardError());
 }
 
 bool TestSshd::prepare(QString *whyNot)
@@ -115,19 +120,6 @@ bool TestSshd::prepare(QString *whyNot)
             return true;
     }
     return fail(whyNot, QStringLiteral("cannot set up the test account %1 and its chroot").arg(userName()));
-}
-
-bool TestSshd::prepareKeys(QString *whyNot) const
-{
-    // The account reads its authorized keys itself, so the folder and that file must be readable to it.
-    const QString authorized = m_configDir.filePath(QStringLiteral("authorized_keys"));
-    const QStringList newKey { "-q", "-t", "ed25519", "-N", "", "-f" };
-    return (runTool("ssh-keygen", newKey + QStringList { m_configDir.filePath(QStringLiteral("host_key")) })
-            && runTool("ssh-keygen", newKey + QStringList { clientKeyPath() })
-            && QFile::copy(clientKeyPath() + QStringLiteral(".pub"), authorized)
-            && ::chmod(QFile::encodeName(authorized).constData(), 0644) == 0
-            && ::chmod(QFile::encodeName(m_configDir.path()).constData(), 0755) == 0)
-        || fail(whyNot, QStringLiteral("cannot make the host and client keys"));
 }
 
 bool TestSshd::listen(QString *whyNot)
