@@ -75,7 +75,6 @@ private slots:
         // The dots are skipped by the decoding: only the length counts.
         QTest::newRow("largest length") << code.leftJustified(64 * 1024, QLatin1Char('.')) << QString();
         QTest::newRow("one more") << code.leftJustified(64 * 1024 + 1, QLatin1Char('.')) << parseError;
-        QTest::newRow("storage in capitals") << codeOf(R"({"storage":"Tarn"})") << parseError;
         QTest::newRow("repeated name") << codeOf(R"({"storage":"tarn","project":"a","project":"b"})") << parseError;
         QTest::newRow("nothing listens") << codeOf(
             R"({"storage":"sftp","userInfo":{"host":"127.0.0.1","port":"1","expireTime":"0"}})")
