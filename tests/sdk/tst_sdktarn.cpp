@@ -34,7 +34,6 @@ private slots:
         QCOMPARE(files.size(), 22);
         QCOMPARE(files.at(1)->size, QStringLiteral("101KB"));
         QCOMPARE(tasks.at(0)->type, QStringLiteral("上传"));
-        QCOMPARE(tasks.at(1)->type, QStringLiteral("下载"));
         for (const TaskInfo *task : tasks) {
             if (task->status == TaskFinished)
                 QCOMPARE(task->progress, 100);
