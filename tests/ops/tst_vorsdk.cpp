@@ -6,9 +6,6 @@
 #include "support/recordingbackend.h"
 #include "support/warningguard.h"
 
-#include <QtTest>
-#include <QtWidgets>
-
 // The facade and the session store it fills, signed in through the login dialog.
 class TestVorSdk : public QObject
 {

@@ -11,9 +11,6 @@
 #include "support/testsshd.h"
 #include "support/warningguard.h"
 
-#include <QtTest>
-#include <QtWidgets>
-
 #include <sys/stat.h>
 
 namespace {

@@ -5,9 +5,6 @@
 #include "support/recordingbackend.h"
 #include "support/warningguard.h"
 
-#include <QtTest>
-#include <QtWidgets>
-
 const int Rows = 60; // a few screenfuls: rows further down have no cell widgets until they come into view
 
 static QList<FileEntry *> listing(const QString &)

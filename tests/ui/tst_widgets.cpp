@@ -4,9 +4,6 @@
 #include "ui/vorcommontool.h"
 #include "ui/vordialog.h"
 
-#include <QtTest>
-#include <QtWidgets>
-
 using Emitted = QList<QVariantList>; // what a signal spy saw
 struct DialogCase // action: a button, Escape, or a close request (Alt+F4, the window's menu); buttons: those in view
 {
