@@ -1,15 +1,13 @@
 // The SFTP back end against a real OpenSSH server (one per run, each test in its own folder on it), and
 // against a scripted server for the misbehaviour OpenSSH never shows.
 
-#include "app/vormain.h"
-#include "model/vordata.h"
-#include "model/vorlogin.h"
 #include "ops/vorsdk.h"
 #include "sdk/sdkknownhosts.h"
 #include "sdk/sdksftp.h"
-#include "support/modalanswerer.h"
 #include "support/testsshd.h"
 #include "support/warningguard.h"
+
+#include <QtTest>
 
 #include <sys/stat.h>
 
@@ -43,13 +41,6 @@ QStringList takeNames(const QList<FileEntry *> &entries, const QString &wanted =
     qDeleteAll(entries);
     names.sort();
     return names;
-}
-
-bool labelShows(QWidget *window, const QString &text)
-{
-    const QList<QLabel *> labels = window->findChildren<QLabel *>();
-    return std::any_of(labels.begin(), labels.end(),
-                       [&text](const QLabel *label) { return label->isVisible() && label->text() == text; });
 }
 
 const QString SignedIn = QStringLiteral("signed in");
@@ -86,22 +77,11 @@ private slots:
     }
 
     // First, while no session has ended yet: the server's log then shows this one's goodbye.
-    void signInAndOutThroughTheWindows()
+    void signInAndOutThroughTheFacade()
     {
-        QVERIFY(m_server.makeDir("shown"));
-        VorLogin *login = VorData::instance()->loginDialog();
-        login->show();
-        login->findChild<QTextEdit *>("textEdit")->setPlainText(TestSshd::authCode(m_server.codeJson()));
-        login->findChild<QPushButton *>("pushButtonLogin")->click(); // returns once signed in
-        VorMain *window = VorData::instance()->mainWindow();
-        QTRY_VERIFY(window->isVisible());
-        QTRY_VERIFY(labelShows(window, "shown")); // the account's home, /user-01
+        QCOMPARE(VorSdk::instance()->login(TestSshd::authCode(m_server.codeJson())), QString());
         QVERIFY(!m_server.output().contains("Received disconnect"));
-
-        ModalAnswerer answerer;
-        answerer.answer("pushButtonYes"); // 确认退出？
-        window->findChild<QPushButton *>("pushButtonExit")->click();
-        QTRY_VERIFY(login->isVisible());
+        VorSdk::instance()->exit(); // as the logout worker does
         QTRY_VERIFY2(m_server.output().contains("Received disconnect from 127.0.0.1"), qPrintable(m_server.output()));
     }
 
@@ -179,6 +159,7 @@ private slots:
         m_backend->rename("/user-01/ops/renamed", "/user-01/ops/taken");
         QVERIFY2(m_backend->hasError && m_backend->lastError.contains("新名称“taken”已存在"),
                  qPrintable(m_backend->lastError));
+        QVERIFY(m_server.modeOf("ops/renamed") & S_IFDIR);
         // A rename failing for another reason is not blamed on a taken name.
         m_backend->rename("/user-01/ops/gone", "/user-01/ops/free");
         QCOMPARE(m_backend->lastError, "rename oldFile:/user-01/ops/gone to newFile:/user-01/ops/free occur error:-31");
