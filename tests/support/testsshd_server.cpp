@@ -32,6 +32,12 @@ bool makeRootFolder(const char *path)
     return (::mkdir(path, 0755) == 0 || errno == EEXIST) && ::chown(path, 0, 0) == 0 && ::chmod(path, 0755) == 0;
 }
 
+bool ownByAccount(const QByteArray &path)
+{
+    const passwd *account = ::getpwnam(TestSshd::userName().toUtf8().constData());
+    return account && ::lchown(path.constData(), account->pw_uid, account->pw_gid) == 0;
+}
+
 bool fail(QString *whyNot, const QString &why)
 {
     *whyNot = why;
@@ -154,12 +160,6 @@ bool TestSshd::listen(QString *whyNot)
     m_process.waitForFinished();
     m_output += m_process.readAll();
     return fail(whyNot, QStringLiteral("sshd did not listen on port %1: %2").arg(m_port).arg(QString(m_output)));
-}
-
-bool TestSshd::ownByAccount(const QByteArray &path) const
-{
-    const passwd *account = ::getpwnam(userName().toUtf8().constData());
-    return account && ::lchown(path.constData(), account->pw_uid, account->pw_gid) == 0;
 }
 
 bool TestSshd::makeDir(const QString &relative) const
