@@ -62,7 +62,6 @@ public:
     QByteArray answer(const QByteArrayList &request);
 
 private:
-    bool prepare(QString *whyNot);
     bool listen(QString *whyNot);
 
     QTemporaryDir m_configDir;

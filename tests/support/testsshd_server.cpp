@@ -73,11 +73,26 @@ bool TestSshd::start(QString *whyNot)
     // The client under test records each server's key in the user's configuration. Tests keep theirs in a
     // folder of their own process (Qt's test locations lie below the home folder), never in the user's, and
     // two suites run side by side never meet in one known-hosts file.
-    static QTemporaryDir home;
-    qputenv("HOME", QFile::encodeName(home.path()));
+    static QTemporaryDir privateHome;
+    qputenv("HOME", QFile::encodeName(privateHome.path()));
     QStandardPaths::setTestModeEnabled(true);
-    if (!prepare(whyNot))
-        return false;
+    // /run/sshd is compiled into Debian's sshd; a machine that never booted with systemd has none.
+    if (!makeRootFolder("/run/sshd") || !makeRootFolder(TestBase))
+        return fail(whyNot, QStringLiteral("cannot create /run/sshd and %1 root-owned 0755").arg(TestBase));
+    const QByteArray user = userName().toUtf8();
+    if (!::getpwnam(user.constData()))
+        runTool("useradd", { "-M", "-U", "-d", "/user-01", "-s", "/usr/sbin/nologin", userName() });
+    // chpasswd may meet a lock held by another test run: try again a few times.
+    bool passwordSet = false;
+    for (int attempt = 0; attempt < 10 && !(passwordSet = runTool("chpasswd", {}, user + ':' + password() + '\n'));
+         ++attempt)
+        QThread::msleep(200);
+    QByteArray root = QByteArray(TestBase) + "/sshd.XXXXXX";
+    if (passwordSet && ::mkdtemp(root.data()) && ::chmod(root.constData(), 0755) == 0)
+        m_root = QFile::decodeName(root);
+    const QByteArray home = QFile::encodeName(homeOnDisk());
+    if (m_root.isEmpty() || ::mkdir(home.constData(), 0755) != 0 || !ownByAccount(home))
+        return fail(whyNot, QStringLiteral("cannot set up the test account %1 and its chroot").arg(userName()));
     // The account reads its authorized keys itself, so the folder and that file must be readable to it.
     const QString authorized = m_configDir.filePath(QStringLiteral("authorized_keys"));
     const QStringList newKey { "-q", "-t", "ed25519", "-N", "", "-f" };
@@ -103,29 +118,6 @@ bool TestSshd::start(QString *whyNot)
             return whyNot->isEmpty();
     }
     return false;
-}
-
-bool TestSshd::prepare(QString *whyNot)
-{
-    // /run/sshd is compiled into Debian's sshd; a machine that never booted with systemd has none.
-    if (!makeRootFolder("/run/sshd") || !makeRootFolder(TestBase))
-        return fail(whyNot, QStringLiteral("cannot create /run/sshd and %1 root-owned 0755").arg(TestBase));
-    const QByteArray user = userName().toUtf8();
-    if (!::getpwnam(user.constData()))
-        runTool("useradd", { "-M", "-U", "-d", "/user-01", "-s", "/usr/sbin/nologin", userName() });
-    // chpasswd may meet a lock held by another test run: try again a few times.
-    bool passwordSet = false;
-    for (int attempt = 0; attempt < 10 && !(passwordSet = runTool("chpasswd", {}, user + ':' + password() + '\n'));
-         ++attempt)
-        QThread::msleep(200);
-    QByteArray root = QByteArray(TestBase) + "/sshd.XXXXXX";
-    if (passwordSet && ::mkdtemp(root.data()) && ::chmod(root.constData(), 0755) == 0) {
-        m_root = QFile::decodeName(root);
-        const QByteArray home = QFile::encodeName(homeOnDisk());
-        if (::mkdir(home.constData(), 0755) == 0 && ownByAccount(home))
-            return true;
-    }
-    return fail(whyNot, QStringLiteral("cannot set up the test account %1 and its chroot").arg(userName()));
 }
 
 bool TestSshd::listen(QString *whyNot)
