@@ -32,7 +32,7 @@ static QString dayLog(int daysAgo)
 class TestStartup : public QObject
 {
     Q_OBJECT
-    QString folder, exitCode;
+    QString folder;
     // Logs more than 30 days old go (they hold passwords); only "vorlog", a date and ".log" name a log.
     const QList<QPair<QString, QString>> logs { { dayLog(31), "removed" },           { dayLog(30), "kept" },
                                                 { "vorlog20000101.log", "removed" }, { "vorlog.log", "kept" },
@@ -49,7 +49,7 @@ private slots:
             QVERIFY(QFile(folder + log.first).open(QIODevice::WriteOnly));
         QByteArray program = QTest::currentAppName();
         char *argv[] = { program.data(), nullptr };
-        exitCode = QString::number(qMain(1, argv));
+        qMain(1, argv); // its result is the log's last line
     }
     void cleanup() { VERIFY_NO_QT_WARNINGS(); }
 
@@ -61,7 +61,6 @@ private slots:
         const QString lines = log.open(QIODevice::ReadOnly) ? log.readAll() : "(none)";
         QTest::newRow("style sheet, translation, login")
             << atLogin.join(", ") << "file:///:/qss/ombrivane.css, 取消, shown";
-        QTest::newRow("exit code") << exitCode << "0";
         QTest::newRow("log")
             << QString(lines).replace(QRegularExpression(R"(\[[-\d: ]{23}\]\[0x[0-9a-f]+\](\[main qMain):\d+)"),
                                       "[time][thread]\\1")

@@ -13,17 +13,12 @@ class ModalAnswerer : public QObject
 public:
     struct Seen
     {
+        qint64 shownAt; // milliseconds on a steady clock
         QString title, text; // text: the message, wait text or input prompt, whichever the dialog showed
         QString buttons; // the buttons in view as "[text]", the title bar's close first
-        qint64 shownAt; // milliseconds since the answerer was made
     };
 
-    explicit ModalAnswerer(QObject *parent = nullptr)
-        : QObject(parent)
-    {
-        qApp->installEventFilter(this);
-        m_clock.start();
-    }
+    ModalAnswerer() { qApp->installEventFilter(this); }
     // Types into the input line unless typed is null, then clicks "pushButtonYes", "pushButtonNo" or
     // "pushButtonClose", presses "Escape" or asks the window to "close" as the window manager does; an empty
     // name only looks and lets the dialog close by itself (the wait dialog).
@@ -39,7 +34,7 @@ public:
             return false;
         const auto answer
             = m_answers.isEmpty() ? qMakePair(QString("pushButtonClose"), QString()) : m_answers.takeFirst();
-        Seen seen { dialog->findChild<QLabel *>("labelDialogTitle")->text(), {}, {}, m_clock.elapsed() };
+        Seen seen { QDeadlineTimer::current().deadline(), dialog->findChild<QLabel *>("labelDialogTitle")->text() };
         for (QLabel *label : dialog->findChildren<QLabel *>(QRegularExpression("^label(Msg|WaitMsg|Rename)$")))
             seen.text += label->isVisible() ? label->text() : QString();
         for (auto *button : dialog->findChildren<QPushButton *>(QRegularExpression("^pushButton(Yes|No|Close)$")))
@@ -61,5 +56,4 @@ public:
 private:
     QList<QPair<QString, QString>> m_answers; // button, typed text
     QList<Seen> m_seen;
-    QElapsedTimer m_clock;
 };

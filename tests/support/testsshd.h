@@ -62,17 +62,11 @@ public:
     QByteArray answer(const QByteArrayList &request);
 
 private:
-    bool prepare(QString *whyNot);
-    bool startScripted(QString *whyNot);
-    bool prepareKeys(QString *whyNot) const;
     bool listen(QString *whyNot);
-    bool ownByAccount(const QByteArray &path) const;
 
     QTemporaryDir m_configDir;
     QString m_root;
-    quint16 m_port = 0;
-    quint16 m_scriptedPort = 0;
-    QProcess m_process;
-    QProcess m_scripted;
+    quint16 m_port = 0, m_scriptedPort = 0;
+    QProcess m_process, m_scripted;
     QByteArray m_output;
 };

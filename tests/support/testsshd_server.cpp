@@ -32,14 +32,16 @@ bool makeRootFolder(const char *path)
     return (::mkdir(path, 0755) == 0 || errno == EEXIST) && ::chown(path, 0, 0) == 0 && ::chmod(path, 0755) == 0;
 }
 
-// The client under test records each server's key in the user's configuration. Tests keep theirs in a
-// folder of their own process (Qt's test locations lie below the home folder), never in the user's, and
-// two suites run side by side never meet in one known-hosts file.
-void keepKnownHostsPrivate()
+bool ownByAccount(const QByteArray &path)
 {
-    static QTemporaryDir home;
-    qputenv("HOME", QFile::encodeName(home.path()));
-    QStandardPaths::setTestModeEnabled(true);
+    const passwd *account = ::getpwnam(TestSshd::userName().toUtf8().constData());
+    return account && ::lchown(path.constData(), account->pw_uid, account->pw_gid) == 0;
+}
+
+bool fail(QString *whyNot, const QString &why)
+{
+    *whyNot = why;
+    return false;
 }
 
 } // namespace
@@ -66,13 +68,45 @@ QString TestSshd::output()
 
 bool TestSshd::start(QString *whyNot)
 {
-    if (::geteuid() != 0 || !QFileInfo::exists(QStringLiteral("/usr/sbin/sshd")) || !m_configDir.isValid()) {
-        *whyNot = QStringLiteral("needs root and /usr/sbin/sshd (Debian package openssh-server)");
-        return false;
-    }
-    keepKnownHostsPrivate();
-    if (!prepare(whyNot) || !prepareKeys(whyNot) || !startScripted(whyNot))
-        return false;
+    if (::geteuid() != 0 || !QFileInfo::exists(QStringLiteral("/usr/sbin/sshd")) || !m_configDir.isValid())
+        return fail(whyNot, QStringLiteral("needs root and /usr/sbin/sshd (Debian package openssh-server)"));
+    // The client under test records each server's key in the user's configuration. Tests keep theirs in a
+    // folder of their own process (Qt's test locations lie below the home folder), never in the user's, and
+    // two suites run side by side never meet in one known-hosts file.
+    static QTemporaryDir privateHome;
+    qputenv("HOME", QFile::encodeName(privateHome.path()));
+    QStandardPaths::setTestModeEnabled(true);
+    // /run/sshd is compiled into Debian's sshd; a machine that never booted with systemd has none.
+    if (!makeRootFolder("/run/sshd") || !makeRootFolder(TestBase))
+        return fail(whyNot, QStringLiteral("cannot create /run/sshd and %1 root-owned 0755").arg(TestBase));
+    const QByteArray user = userName().toUtf8();
+    if (!::getpwnam(user.constData()))
+        runTool("useradd", { "-M", "-U", "-d", "/user-01", "-s", "/usr/sbin/nologin", userName() });
+    // chpasswd may meet a lock held by another test run: try again a few times.
+    bool passwordSet = false;
+    for (int attempt = 0; attempt < 10 && !(passwordSet = runTool("chpasswd", {}, user + ':' + password() + '\n'));
+         ++attempt)
+        QThread::msleep(200);
+    QByteArray root = QByteArray(TestBase) + "/sshd.XXXXXX";
+    if (passwordSet && ::mkdtemp(root.data()) && ::chmod(root.constData(), 0755) == 0)
+        m_root = QFile::decodeName(root);
+    const QByteArray home = QFile::encodeName(homeOnDisk());
+    if (m_root.isEmpty() || ::mkdir(home.constData(), 0755) != 0 || !ownByAccount(home))
+        return fail(whyNot, QStringLiteral("cannot set up the test account %1 and its chroot").arg(userName()));
+    // The account reads its authorized keys itself, so the folder and that file must be readable to it.
+    const QString authorized = m_configDir.filePath(QStringLiteral("authorized_keys"));
+    const QStringList newKey { "-q", "-t", "ed25519", "-N", "", "-f" };
+    if (!runTool("ssh-keygen", newKey + QStringList { m_configDir.filePath(QStringLiteral("host_key")) })
+        || !runTool("ssh-keygen", newKey + QStringList { clientKeyPath() })
+        || !QFile::copy(clientKeyPath() + QStringLiteral(".pub"), authorized)
+        || ::chmod(QFile::encodeName(authorized).constData(), 0644) != 0
+        || ::chmod(QFile::encodeName(m_configDir.path()).constData(), 0755) != 0)
+        return fail(whyNot, QStringLiteral("cannot make the host and client keys"));
+    m_scripted.start(QStringLiteral("/usr/bin/python3"), { QStringLiteral(SCRIPTED_SFTP_SERVER) });
+    // It prints its port once it listens.
+    m_scriptedPort = m_scripted.waitForReadyRead(20000) ? m_scripted.readLine().trimmed().toUShort() : 0;
+    if (m_scriptedPort == 0)
+        return fail(whyNot, QStringLiteral("the scripted server does not start: ") + m_scripted.readAllStandardError());
     // The free port is found by binding to port 0 and letting it go; another process may take it in
     // between, so a bind failure is tried again with a new port.
     for (int attempt = 0; attempt < 3; ++attempt) {
@@ -84,58 +118,6 @@ bool TestSshd::start(QString *whyNot)
             return whyNot->isEmpty();
     }
     return false;
-}
-
-bool TestSshd::startScripted(QString *whyNot)
-{
-    m_scripted.start(QStringLiteral("/usr/bin/python3"), { QStringLiteral(SCRIPTED_SFTP_SERVER) });
-    // It prints its port once it listens.
-    m_scriptedPort = m_scripted.waitForReadyRead(20000) ? m_scripted.readLine().trimmed().toUShort() : 0;
-    if (m_scriptedPort == 0)
-        *whyNot = QStringLiteral("the scripted server does not start: ") + m_scripted.readAllStandardError();
-    return m_scriptedPort != 0;
-}
-
-bool TestSshd::prepare(QString *whyNot)
-{
-    // /run/sshd is compiled into Debian's sshd; a machine that never booted with systemd has none.
-    if (!makeRootFolder("/run/sshd") || !makeRootFolder(TestBase)) {
-        *whyNot = QStringLiteral("cannot create /run/sshd and %1 root-owned 0755").arg(QLatin1String(TestBase));
-        return false;
-    }
-    const QByteArray user = userName().toUtf8();
-    if (!::getpwnam(user.constData()))
-        runTool("useradd", { "-M", "-U", "-d", "/user-01", "-s", "/usr/sbin/nologin", userName() });
-    // chpasswd may meet a lock held by another test run: try again a few times.
-    bool passwordSet = false;
-    for (int attempt = 0; attempt < 10 && !(passwordSet = runTool("chpasswd", {}, user + ':' + password() + '\n'));
-         ++attempt)
-        QThread::msleep(200);
-    QByteArray root = QByteArray(TestBase) + "/sshd.XXXXXX";
-    if (passwordSet && ::mkdtemp(root.data()) && ::chmod(root.constData(), 0755) == 0) {
-        m_root = QFile::decodeName(root);
-        const QByteArray home = QFile::encodeName(homeOnDisk());
-        if (::mkdir(home.constData(), 0755) == 0 && ownByAccount(home))
-            return true;
-    }
-    *whyNot = QStringLiteral("cannot set up the test account %1 and its chroot").arg(userName());
-    return false;
-}
-
-bool TestSshd::prepareKeys(QString *whyNot) const
-{
-    // The account reads its authorized keys itself, so the folder and that file must be readable to it.
-    const QString authorized = m_configDir.filePath(QStringLiteral("authorized_keys"));
-    const QStringList newKey { "-q", "-t", "ed25519", "-N", "", "-f" };
-    if (!runTool("ssh-keygen", newKey + QStringList { m_configDir.filePath(QStringLiteral("host_key")) })
-        || !runTool("ssh-keygen", newKey + QStringList { clientKeyPath() })
-        || !QFile::copy(clientKeyPath() + QStringLiteral(".pub"), authorized)
-        || ::chmod(QFile::encodeName(authorized).constData(), 0644) != 0
-        || ::chmod(QFile::encodeName(m_configDir.path()).constData(), 0755) != 0) {
-        *whyNot = QStringLiteral("cannot make the host and client keys");
-        return false;
-    }
-    return true;
 }
 
 bool TestSshd::listen(QString *whyNot)
@@ -169,14 +151,7 @@ bool TestSshd::listen(QString *whyNot)
     m_process.kill();
     m_process.waitForFinished();
     m_output += m_process.readAll();
-    *whyNot = QStringLiteral("sshd did not listen on port %1: %2").arg(m_port).arg(QString::fromLocal8Bit(m_output));
-    return false;
-}
-
-bool TestSshd::ownByAccount(const QByteArray &path) const
-{
-    const passwd *account = ::getpwnam(userName().toUtf8().constData());
-    return account && ::lchown(path.constData(), account->pw_uid, account->pw_gid) == 0;
+    return fail(whyNot, QStringLiteral("sshd did not listen on port %1: %2").arg(m_port).arg(QString(m_output)));
 }
 
 bool TestSshd::makeDir(const QString &relative) const
@@ -188,9 +163,8 @@ bool TestSshd::makeDir(const QString &relative) const
 bool TestSshd::writeFile(const QString &relative, const QByteArray &content) const
 {
     QFile file(homeOnDisk() + QLatin1Char('/') + relative);
-    const bool written = file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(content) == content.size();
-    file.close();
-    return written && ownByAccount(QFile::encodeName(file.fileName()));
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(content) == content.size()
+        && file.flush() && ownByAccount(QFile::encodeName(file.fileName()));
 }
 
 bool TestSshd::makeLink(const QString &target, const QString &relative) const
