@@ -1,13 +1,15 @@
 // The SFTP back end against a real OpenSSH server (one per run, each test in its own folder on it), and
 // against a scripted server for the misbehaviour OpenSSH never shows.
 
+#include "app/vormain.h"
+#include "model/vordata.h"
+#include "model/vorlogin.h"
 #include "ops/vorsdk.h"
 #include "sdk/sdkknownhosts.h"
 #include "sdk/sdksftp.h"
+#include "support/modalanswerer.h"
 #include "support/testsshd.h"
 #include "support/warningguard.h"
-
-#include <QtTest>
 
 #include <sys/stat.h>
 
@@ -76,12 +78,20 @@ private slots:
         SdkSftp::exit();
     }
 
-    // First, while no session has ended yet: the server's log then shows this one's goodbye.
-    void signInAndOutThroughTheFacade()
+    // First, while no session has ended yet: the server's log then shows this one's goodbye. Through the
+    // windows, as a user signs in and out: the session is opened on the login worker and used and ended
+    // elsewhere, without a word from Qt about threads.
+    void signInAndOutThroughTheWindows()
     {
-        QCOMPARE(VorSdk::instance()->login(TestSshd::authCode(m_server.codeJson())), QString());
+        VorLogin *login = VorData::instance()->loginDialog();
+        login->findChild<QTextEdit *>("textEdit")->setPlainText(TestSshd::authCode(m_server.codeJson()));
+        login->findChild<QPushButton *>("pushButtonLogin")->click(); // returns once signed in
+        QVERIFY(VorData::instance()->mainWindow()->isVisible());
+        QCOMPARE(VorSdk::instance()->backend()->thread(), QThread::currentThread());
         QVERIFY(!m_server.output().contains("Received disconnect"));
-        VorSdk::instance()->exit(); // as the logout worker does
+        ModalAnswerer answerer;
+        answerer.answer("pushButtonYes"); // 确认退出？
+        VorData::instance()->mainWindow()->findChild<QPushButton *>("pushButtonExit")->click();
         QTRY_VERIFY2(m_server.output().contains("Received disconnect from 127.0.0.1"), qPrintable(m_server.output()));
     }
 
