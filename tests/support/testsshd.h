@@ -62,6 +62,9 @@ public:
     QByteArray answer(const QByteArrayList &request);
 
 private:
+    bool prepareAccount(QString *whyNot);
+    bool prepareKeys(QString *whyNot) const;
+    bool startScripted(QString *whyNot);
     bool listen(QString *whyNot);
 
     QTemporaryDir m_configDir;

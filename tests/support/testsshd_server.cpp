@@ -76,6 +76,23 @@ bool TestSshd::start(QString *whyNot)
     static QTemporaryDir privateHome;
     qputenv("HOME", QFile::encodeName(privateHome.path()));
     QStandardPaths::setTestModeEnabled(true);
+    if (!prepareAccount(whyNot) || !prepareKeys(whyNot) || !startScripted(whyNot))
+        return false;
+    // The free port is found by binding to port 0 and letting it go; another process may take it in
+    // between, so a bind failure is tried again with a new port.
+    for (int attempt = 0; attempt < 3; ++attempt) {
+        QTcpServer probe;
+        probe.listen(QHostAddress::LocalHost, 0);
+        m_port = probe.serverPort();
+        probe.close();
+        if (listen(whyNot) || !whyNot->contains(QLatin1String("Address already in use")))
+            return whyNot->isEmpty();
+    }
+    return false;
+}
+
+bool TestSshd::prepareAccount(QString *whyNot)
+{
     // /run/sshd is compiled into Debian's sshd; a machine that never booted with systemd has none.
     if (!makeRootFolder("/run/sshd") || !makeRootFolder(TestBase))
         return fail(whyNot, QStringLiteral("cannot create /run/sshd and %1 root-owned 0755").arg(TestBase));
@@ -93,6 +110,11 @@ bool TestSshd::start(QString *whyNot)
     const QByteArray home = QFile::encodeName(homeOnDisk());
     if (m_root.isEmpty() || ::mkdir(home.constData(), 0755) != 0 || !ownByAccount(home))
         return fail(whyNot, QStringLiteral("cannot set up the test account %1 and its chroot").arg(userName()));
+    return true;
+}
+
+bool TestSshd::prepareKeys(QString *whyNot) const
+{
     // The account reads its authorized keys itself, so the folder and that file must be readable to it.
     const QString authorized = m_configDir.filePath(QStringLiteral("authorized_keys"));
     const QStringList newKey { "-q", "-t", "ed25519", "-N", "", "-f" };
@@ -102,22 +124,17 @@ bool TestSshd::start(QString *whyNot)
         || ::chmod(QFile::encodeName(authorized).constData(), 0644) != 0
         || ::chmod(QFile::encodeName(m_configDir.path()).constData(), 0755) != 0)
         return fail(whyNot, QStringLiteral("cannot make the host and client keys"));
+    return true;
+}
+
+bool TestSshd::startScripted(QString *whyNot)
+{
     m_scripted.start(QStringLiteral("/usr/bin/python3"), { QStringLiteral(SCRIPTED_SFTP_SERVER) });
     // It prints its port once it listens.
     m_scriptedPort = m_scripted.waitForReadyRead(20000) ? m_scripted.readLine().trimmed().toUShort() : 0;
     if (m_scriptedPort == 0)
         return fail(whyNot, QStringLiteral("the scripted server does not start: ") + m_scripted.readAllStandardError());
-    // The free port is found by binding to port 0 and letting it go; another process may take it in
-    // between, so a bind failure is tried again with a new port.
-    for (int attempt = 0; attempt < 3; ++attempt) {
-        QTcpServer probe;
-        probe.listen(QHostAddress::LocalHost, 0);
-        m_port = probe.serverPort();
-        probe.close();
-        if (listen(whyNot) || !whyNot->contains(QLatin1String("Address already in use")))
-            return whyNot->isEmpty();
-    }
-    return false;
+    return true;
 }
 
 bool TestSshd::listen(QString *whyNot)
