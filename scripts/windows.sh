@@ -51,7 +51,7 @@ stage() {
     triple=$(triple_of "$arch")
     bits=$(bits_of "$arch")
     stage_dir=dist/ombrivane-$version-win$bits
-    objdump=$triple-objdump
+    local objdump=$triple-objdump # read by dll_closure
     rm -rf "$stage_dir" && mkdir -p "$stage_dir"/{platforms,styles,imageformats,translations}
     cp "$build/ombrivane.exe" "$stage_dir/"
     cp "$QT/plugins/platforms/qwindows.dll" "$stage_dir/platforms/"
