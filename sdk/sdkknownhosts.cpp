@@ -12,8 +12,8 @@ namespace {
 
 const quint16 DefaultSshPort = 22;
 const int Sha256Length = 32;
-// Room for one line of the file: the longest key OpenSSH writes (RSA of 16384 bits) takes under 3 KiB.
-const size_t LineCapacity = 8192;
+// Room for one line of the file, enough for the largest key OpenSSH makes (RSA of 16384 bits, under 3 KiB).
+const int InitialLineCapacity = 4096;
 
 // The known-hosts key type of a host key type; 0 when the file has no name for it.
 int knownHostKeyType(int hostKeyType)
@@ -98,11 +98,18 @@ SdkKnownHosts::Verdict SdkKnownHosts::check(const QString &host, quint16 port)
 
 bool SdkKnownHosts::readFile()
 {
-    if (!QFileInfo::exists(m_filePath))
+    // Qt opens the file and libssh2 reads it line by line: libssh2's own reader opens the path in the
+    // system's 8-bit code page, which on Windows cannot name every user's folder.
+    QFile file(m_filePath);
+    if (!file.exists())
         return true; // no server recorded yet
-    const QByteArray path = QFile::encodeName(m_filePath);
-    const int rc = libssh2_knownhost_readfile(m_hosts, path.constData(), LIBSSH2_KNOWNHOST_FILE_OPENSSH);
-    if (rc >= 0)
+    int rc = file.open(QIODevice::ReadOnly | QIODevice::Text) ? 0 : LIBSSH2_ERROR_FILE;
+    while (rc == 0 && !file.atEnd()) {
+        const QByteArray line = file.readLine();
+        rc = libssh2_knownhost_readline(m_hosts, line.constData(), static_cast<size_t>(line.size()),
+                                        LIBSSH2_KNOWNHOST_FILE_OPENSSH);
+    }
+    if (rc == 0)
         return true;
     VOR_LOG(1, "cannot read the known hosts, the host key counts as unknown:", m_filePath, rc);
     return false;
@@ -126,27 +133,36 @@ bool SdkKnownHosts::writeFile()
     // The folder and the file are the user's alone. The list replaces the file only once it is written
     // whole, so that a failed write never leaves half a list.
     const QString folder = QFileInfo(m_filePath).absolutePath();
+    const std::optional<QByteArray> contents = fileContents();
     QSaveFile file(m_filePath);
     const bool written = QDir().mkpath(folder)
         && QFile::setPermissions(folder, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner)
         && file.open(QIODevice::WriteOnly) && file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner)
-        && file.write(fileContents()) >= 0 && file.commit();
+        && contents && file.write(*contents) == contents->size() && file.commit();
     if (!written)
         VOR_LOG(1, "cannot write the known hosts, the host key is not recorded:", m_filePath);
     return written;
 }
 
-QByteArray SdkKnownHosts::fileContents() const
+std::optional<QByteArray> SdkKnownHosts::fileContents() const
 {
     QByteArray contents;
-    QByteArray line(LineCapacity, Qt::Uninitialized);
+    QByteArray line(InitialLineCapacity, Qt::Uninitialized);
+    const auto writeLine = [this, &line](libssh2_knownhost *entry, size_t *length) {
+        return libssh2_knownhost_writeline(m_hosts, entry, line.data(), static_cast<size_t>(line.size()), length,
+                                           LIBSSH2_KNOWNHOST_FILE_OPENSSH);
+    };
     libssh2_knownhost *entry = nullptr;
     while (libssh2_knownhost_get(m_hosts, &entry, entry) == 0) {
         size_t length = 0;
-        if (libssh2_knownhost_writeline(m_hosts, entry, line.data(), LineCapacity, &length,
-                                        LIBSSH2_KNOWNHOST_FILE_OPENSSH)
-            == 0)
-            contents.append(line.constData(), static_cast<int>(length));
+        int rc = writeLine(entry, &length);
+        if (rc == LIBSSH2_ERROR_BUFFER_TOO_SMALL) { // a long comment; length is the line without its zero
+            line.resize(static_cast<int>(length) + 1);
+            rc = writeLine(entry, &length);
+        }
+        if (rc != 0)
+            return std::nullopt; // a list without that host would drop its key from the file
+        contents.append(line.constData(), static_cast<int>(length));
     }
     return contents;
 }

@@ -4,11 +4,13 @@
 
 #include <libssh2.h>
 
+#include <optional>
+
 // The host keys of the servers this user has signed in to, in an OpenSSH known-hosts file in the
 // program's configuration folder. A server seen for the first time is trusted and recorded; one that
 // later shows another key is refused, since it may be an impostor waiting for the password.
 //
-// The file is read and written by libssh2 alone. A file that cannot be read or written is reported in the
+// libssh2 reads and writes the lines, Qt the file. A file that cannot be read or written is reported in the
 // log and the key counts as unknown: the sign-in goes on without it.
 class SdkKnownHosts
 {
@@ -40,8 +42,8 @@ private:
     bool readFile();
     void record(const QByteArray &name, const char *key, size_t keyLength, int keyType);
     bool writeFile();
-    // The list in the file's format, one line a host.
-    QByteArray fileContents() const;
+    // The list in the file's format, one line a host; none when a host's line cannot be made.
+    std::optional<QByteArray> fileContents() const;
 
     LIBSSH2_SESSION *m_session;
     LIBSSH2_KNOWNHOSTS *m_hosts;
