@@ -110,10 +110,12 @@ private slots:
         QTest::addColumn<QString>("before"); // lines "NAME KEY": "here" is this server's [host]:port entry
         QTest::addColumn<QString>("outcome"); // how the second sign-in ends, or how its refusal begins
         QTest::newRow("known key") << "here ours" << SignedIn;
-        // It may be an impostor, so the password is not sent.
-        QTest::newRow("another key for this server") << "here other" << QStringLiteral("服务器的身份已改变");
+        // It may be an impostor, so the password is not sent. Its entry follows another server's.
+        QTest::newRow("another key for this server")
+            << "127.0.0.1 other\nhere other" << QStringLiteral("服务器的身份已改变");
         // OpenSSH names a server on another port [host]:port alone: this one has not been met before.
         QTest::newRow("another key for the server on port 22") << "127.0.0.1 other" << SignedIn;
+        QTest::newRow("a line longer than most, kept whole") << "127.0.0.1 other long" << SignedIn;
     }
     void knownHosts()
     {
@@ -136,6 +138,7 @@ private slots:
         const QByteArray other = QByteArray::fromHex("0000000b7373682d6564323535313900000020") + QByteArray(32, 'k');
         const QByteArray line = before.toLatin1()
                                     .replace("here", here)
+                                    .replace("long", "comment-" + QByteArray(5000, 'c'))
                                     .replace("other", "ssh-ed25519 " + other.toBase64())
                                     .replace("ours", ours.mid(here.size() + 1).trimmed())
             + '\n';
