@@ -60,6 +60,9 @@ PICTURES = [
     ("arrow-down-hover.png", "arrow-down.svg", 12, {"#8C8C8C": BLUE}),
 ]
 
+# Every picture and the wait animation also come at twice their size, named NAME@2x.png: Qt takes those on
+# screens scaled above 100 %, so the images stay sharp at up to 200 %.
+HIGH_DPI_SCALE = 2
 WAIT_MOVIE = "WaitMovie.gif"
 # The Windows program's icon (resources/ombrivane.rc), the product mark at the sizes Windows shows.
 WINDOWS_ICON = "ombrivane.ico"
@@ -114,12 +117,21 @@ def to_palette(frame, colours):
     return result
 
 
-def wait_frame(phase):
+def at_scale(name, scale):
+    """The file name Qt looks for on a screen of that scale: logo.png, logo@2x.png."""
+    if scale == 1:
+        return name
+    stem, dot, suffix = name.rpartition(".")
+    return f"{stem}@{scale}x{dot}{suffix}"
+
+
+def wait_frame(phase, scale):
     """One frame of a blue arc running round a pale ring; its length breathes once per loop."""
-    big = WAIT_SIZE * SUPERSAMPLE
+    size = WAIT_SIZE * scale
+    big = size * SUPERSAMPLE
     centre = big / 2
-    width = 5.0 * SUPERSAMPLE
-    radius = 21.0 * SUPERSAMPLE
+    width = 5.0 * scale * SUPERSAMPLE
+    radius = 21.0 * scale * SUPERSAMPLE
     image = Image.new("RGB", (big, big), WHITE)
     draw = ImageDraw.Draw(image)
 
@@ -136,12 +148,12 @@ def wait_frame(phase):
         y = centre + radius * math.sin(math.radians(angle))
         draw.ellipse([x - width / 2, y - width / 2, x + width / 2, y + width / 2], fill=BLUE)
 
-    return image.resize((WAIT_SIZE, WAIT_SIZE), Image.LANCZOS)
+    return image.resize((size, size), Image.LANCZOS)
 
 
-def wait_movie():
+def wait_movie(scale):
     colours = wait_colours()
-    frames = [to_palette(wait_frame(i / WAIT_FRAMES), colours) for i in range(WAIT_FRAMES)]
+    frames = [to_palette(wait_frame(i / WAIT_FRAMES, scale), colours) for i in range(WAIT_FRAMES)]
     out = io.BytesIO()
     frames[0].save(out, format="GIF", save_all=True, append_images=frames[1:], duration=WAIT_FRAME_MS,
                    loop=0, disposal=1, optimize=False)
@@ -161,9 +173,10 @@ def windows_icon():
 
 
 def all_images():
-    for name, drawing, size, substitutions in PICTURES:
-        yield name, render_svg(drawing, size, substitutions)
-    yield WAIT_MOVIE, wait_movie()
+    for scale in (1, HIGH_DPI_SCALE):
+        for name, drawing, size, substitutions in PICTURES:
+            yield at_scale(name, scale), render_svg(drawing, size * scale, substitutions)
+        yield at_scale(WAIT_MOVIE, scale), wait_movie(scale)
     yield WINDOWS_ICON, windows_icon()
 
 

@@ -6,6 +6,18 @@
 #include <QMovie>
 #include <QThread>
 
+namespace {
+
+const QSize WaitMovieSize(64, 64);
+
+// The twice-size rendering on a screen scaled above 100 %, so that the animation stays sharp there.
+QString waitMovieFile(qreal devicePixelRatio)
+{
+    return devicePixelRatio > 1 ? QStringLiteral(":/img/WaitMovie@2x.gif") : QStringLiteral(":/img/WaitMovie.gif");
+}
+
+} // namespace
+
 VorDialog::VorDialog(QWidget *parent)
     : QDialog(parent)
     , ui(std::make_unique<Ui::VorDialog>())
@@ -41,9 +53,9 @@ void VorDialog::setWait(const QString &title, const QString &text, QThread *thre
     ui->labelWaitMsg->setText(text);
     ui->widgetDialogButton->hide();
 
-    auto *movie = new QMovie(QStringLiteral(":/img/WaitMovie.gif"), QByteArray(), this);
-    ui->labelWait->setMovie(movie);
-    movie->start();
+    m_waitMovie = new QMovie(waitMovieFile(ui->labelWait->devicePixelRatioF()), QByteArray(), this);
+    connect(m_waitMovie, &QMovie::frameChanged, this, &VorDialog::showWaitFrame);
+    m_waitMovie->start();
     ui->pushButtonClose->hide(); // nothing may interrupt the worker
     m_waiting = true;
 
@@ -52,6 +64,29 @@ void VorDialog::setWait(const QString &title, const QString &text, QThread *thre
         connect(thread, &QThread::finished, this, &QDialog::accept);
         thread->start();
     }
+}
+
+// Each frame in the pixels of the screen the dialog is on now: a dialog moved to a screen of another scale
+// takes the rendering made for that one.
+void VorDialog::showWaitFrame()
+{
+    const qreal ratio = ui->labelWait->devicePixelRatioF();
+    if (m_waitMovie->fileName() != waitMovieFile(ratio)) {
+        // Not from within the movie's own signal.
+        QMetaObject::invokeMethod(this, &VorDialog::restartWaitMovie, Qt::QueuedConnection);
+        return;
+    }
+    QPixmap frame
+        = m_waitMovie->currentPixmap().scaled(WaitMovieSize * ratio, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    frame.setDevicePixelRatio(ratio);
+    ui->labelWait->setPixmap(frame);
+}
+
+void VorDialog::restartWaitMovie()
+{
+    m_waitMovie->stop();
+    m_waitMovie->setFileName(waitMovieFile(ui->labelWait->devicePixelRatioF()));
+    m_waitMovie->start();
 }
 
 void VorDialog::setRename(const QString &title, const QString &prompt, const QString &text, const QString &yesText,

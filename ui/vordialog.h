@@ -3,6 +3,7 @@
 #include <QDialog>
 #include <memory>
 
+class QMovie;
 class QThread;
 
 namespace Ui {
@@ -36,6 +37,10 @@ public:
                           const QString &yesText, const QString &noText);
 
 private:
+    void showWaitFrame();
+    void restartWaitMovie();
+
     std::unique_ptr<Ui::VorDialog> ui;
+    QMovie *m_waitMovie = nullptr;
     bool m_waiting = false;
 };

@@ -8,18 +8,26 @@
 int qMain(int argc, char *argv[]);
 static QStringList atLogin; // the style sheet, a text of Qt's own, whether the login dialog is in view
 
-// Runs in the entry point's QApplication constructor: notes what the user meets, then closes the login
-// dialog as a user who cancels would.
+// Runs in the entry point's QApplication constructor: once the login dialog shows, notes what the user meets,
+// then closes it as a user who cancels would. Only the first showing counts, however fast the machine is.
 static void closeLoginOnceShown()
 {
     WarningGuard::install();
-    auto *timer = new QTimer(qApp);
-    QObject::connect(timer, &QTimer::timeout, [] {
-        atLogin = QStringList { qApp->styleSheet(), QApplication::translate("QPlatformTheme", "Cancel"),
-                                VorData::instance()->loginDialog()->isVisible() ? "shown" : "hidden" };
-        VorData::instance()->loginDialog()->close();
-    });
-    timer->start(10);
+    struct LoginWatcher : QObject
+    {
+        using QObject::QObject;
+        bool eventFilter(QObject *watched, QEvent *event) override
+        {
+            auto *login = qobject_cast<VorLogin *>(watched);
+            if (login && event->type() == QEvent::Show && atLogin.isEmpty()) {
+                atLogin = QStringList { qApp->styleSheet(), QApplication::translate("QPlatformTheme", "Cancel"),
+                                        login->isVisible() ? "shown" : "hidden" };
+                QMetaObject::invokeMethod(login, &QWidget::close, Qt::QueuedConnection);
+            }
+            return false;
+        }
+    };
+    qApp->installEventFilter(new LoginWatcher(qApp));
 }
 Q_COREAPP_STARTUP_FUNCTION(closeLoginOnceShown)
 
