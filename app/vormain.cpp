@@ -6,6 +6,7 @@
 #include "model/vordata.h"
 #include "model/vorlogin.h"
 #include "ops/vorthreadexit.h"
+#include "ui/keys.h"
 #include "ui/vordialog.h"
 #include "ui/vorpagedownload.h"
 #include "ui/vorpagesave.h"
@@ -50,8 +51,15 @@ VorMain::VorMain(QWidget *parent)
     ui->setupUi(this);
     setWindowIcon(QIcon(QStringLiteral(":/img/logo.png")));
     makeFrameless(this, ui->widgetMainTop);
-    for (QPushButton *button : { ui->pushButtonSave, ui->pushButtonTask, ui->pushButtonDownload })
+    const QList<QPushButton *> navigation { ui->pushButtonSave, ui->pushButtonTask, ui->pushButtonDownload };
+    for (int i = 0; i < navigation.size(); ++i) {
+        QPushButton *button = navigation.at(i);
         connect(button, &QPushButton::clicked, this, &VorMain::changeButtonStatus);
+        // Ctrl+1, Ctrl+2 and Ctrl+3 open the pages in the order the navigation lists them.
+        const QKeySequence key(Qt::CTRL | (Qt::Key_1 + i));
+        Keys::inView(this, { key }, [button] { button->click(); });
+        Keys::showInToolTip(button, key);
+    }
 }
 
 VorMain::~VorMain() = default;

@@ -5,6 +5,7 @@
 #include "app/vormain.h"
 #include "model/vordata.h"
 #include "model/vorthreadlogin.h"
+#include "ui/keys.h"
 #include "ui/vordialog.h"
 
 #include <QIcon>
@@ -33,6 +34,10 @@ VorLogin::VorLogin(QWidget *parent)
 
     connect(ui->pushButtonMinimize, &QPushButton::clicked, this, &QWidget::showMinimized);
     connect(ui->pushButtonClose, &QPushButton::clicked, this, &QWidget::close);
+    // The code box keeps Enter for line breaks; Ctrl+Enter signs in from anywhere in the window.
+    const QKeySequence signIn(Qt::CTRL | Qt::Key_Enter);
+    Keys::inView(this, { signIn, QKeySequence(Qt::CTRL | Qt::Key_Return) }, [this] { ui->pushButtonLogin->click(); });
+    Keys::showInToolTip(ui->pushButtonLogin, signIn);
 }
 
 VorLogin::~VorLogin() = default;

@@ -1,5 +1,9 @@
 #include "ui/pagetable.h"
 
+#include "ui/keys.h"
+#include "ui/scheckboxheaderview.h"
+
+#include <QAbstractButton>
 #include <QEvent>
 #include <QHeaderView>
 #include <QScrollBar>
@@ -23,7 +27,47 @@ PageTable::PageTable(QTableWidget *table, const Columns &columns, TableFill::Laz
     connect(table->verticalScrollBar(), &QScrollBar::valueChanged, this, &PageTable::buildRowsInView);
     // Columns are measured by the rows in view, the only ones with cells.
     table->horizontalHeader()->setResizeContentsPrecision(0);
-    TableFill::giveCellWidgetsWholeCells(table);
+    TableFill::setUpTable(table);
+    // The check column's header has no text; a screen reader names it by what its box does.
+    if (QTableWidgetItem *header = table->horizontalHeaderItem(0))
+        header->setData(Qt::AccessibleTextRole, tr("全选"));
+    bindCheckKeys();
+}
+
+// Space checks the current row as a click on its box; Ctrl+A checks them all, as the header's box does.
+void PageTable::bindCheckKeys()
+{
+    Keys::inWidget(m_table, { Qt::Key_Space }, [this] {
+        const int row = currentRow();
+        if (row >= 0 && m_rowChecks(row))
+            m_rows.clickCheckBox(row);
+    });
+    Keys::inWidget(m_table, { QKeySequence::SelectAll }, [this] {
+        if (auto *header = qobject_cast<SCheckBoxHeaderView *>(m_table->horizontalHeader()))
+            header->setChecked(true);
+    });
+}
+
+int PageTable::currentRow() const
+{
+    const int row = m_table->currentRow();
+    return row < m_rows.count() ? row : -1;
+}
+
+bool PageTable::clickInCurrentRow(int column, const QString &button)
+{
+    const int row = currentRow();
+    if (row < 0)
+        return false;
+    // The keys may reach a row before its cells are made: it is brought into view first.
+    m_table->scrollTo(m_table->model()->index(row, column));
+    m_rows.buildRowsInView();
+    QWidget *cell = m_table->cellWidget(row, column);
+    auto *target = cell ? cell->findChild<QAbstractButton *>(button) : nullptr;
+    if (!target || !target->isVisibleTo(cell))
+        return false;
+    target->click();
+    return true;
 }
 
 void PageTable::refill(int count, const std::function<void(int row)> &fillRow)

@@ -34,11 +34,20 @@ public:
     void refill(int count, const std::function<void(int row)> &fillRow);
     TableFill::LazyRows &rows() { return m_rows; }
 
+    // The row the keys act on: the table's current row, -1 when there is none.
+    int currentRow() const;
+    // Clicks the named button of the current row's cell in that column, as the user would; false when the
+    // row shows no such button (the parent folder's row has no actions).
+    bool clickInCurrentRow(int column, const QString &button);
+    // Which rows Space checks and Ctrl+A reaches; every row unless the page says otherwise.
+    void setRowsThatCheck(std::function<bool(int row)> checks) { m_rowChecks = std::move(checks); }
+
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void buildRowsInView();
     void pageShown();
+    void bindCheckKeys();
 
     QTableWidget *m_table;
     QWidget *m_page;
@@ -46,4 +55,5 @@ private:
     std::function<void()> m_resize;
     TableFill::Redraw m_redraw;
     TableFill::LazyRows m_rows;
+    std::function<bool(int row)> m_rowChecks = [](int) { return true; };
 };

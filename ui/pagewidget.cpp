@@ -170,9 +170,37 @@ bool PageWidget::pageLabelReleased(QObject *watched)
     return false;
 }
 
+// The previous and next labels take the focus: Left and Right move a page, and Enter or Space does what a
+// click on the label does.
+bool PageWidget::pageKeyPressed(QObject *watched, const QKeyEvent *event)
+{
+    if (watched != ui->previousPageLabel && watched != ui->nextPageLabel)
+        return false;
+    int step = 0;
+    switch (event->key()) {
+    case Qt::Key_Left:
+        step = -1;
+        break;
+    case Qt::Key_Right:
+        step = 1;
+        break;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+    case Qt::Key_Space:
+        step = watched == ui->previousPageLabel ? -1 : 1;
+        break;
+    default:
+        return false;
+    }
+    setCurrentPage(m_currentPage + step, true);
+    return true;
+}
+
 bool PageWidget::eventFilter(QObject *watched, QEvent *event)
 {
     if (event->type() == QEvent::MouseButtonRelease && pageLabelReleased(watched))
+        return true;
+    if (event->type() == QEvent::KeyPress && pageKeyPressed(watched, static_cast<QKeyEvent *>(event)))
         return true;
     if (watched == ui->pageLineEdit && event->type() == QEvent::KeyRelease) {
         const int key = static_cast<QKeyEvent *>(event)->key();

@@ -4,6 +4,7 @@
 #include <QWidget>
 #include <memory>
 
+class QKeyEvent;
 class QLabel;
 
 namespace Ui {
@@ -44,6 +45,7 @@ private:
     void showPagesAround();
     void markCurrentPage(QLabel *label, int page);
     bool pageLabelReleased(QObject *watched);
+    bool pageKeyPressed(QObject *watched, const QKeyEvent *event);
 
     std::unique_ptr<Ui::PageWidget> ui;
     int m_blockSize = 3;

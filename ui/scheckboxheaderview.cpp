@@ -30,13 +30,17 @@ void SCheckBoxHeaderView::paintSection(QPainter *painter, const QRect &rect, int
     style()->drawControl(QStyle::CE_CheckBox, &option, painter, this);
 }
 
+void SCheckBoxHeaderView::setChecked(bool checked)
+{
+    m_checked = checked;
+    updateSection(m_checkColumn);
+    emit checkStausChange(m_checked);
+}
+
 void SCheckBoxHeaderView::mousePressEvent(QMouseEvent *event)
 {
     const int x = qRound(event->localPos().x());
-    if (visualIndexAt(x) == m_checkColumn) {
-        m_checked = !m_checked;
-        updateSection(m_checkColumn);
-        emit checkStausChange(m_checked);
-    }
+    if (visualIndexAt(x) == m_checkColumn)
+        setChecked(!m_checked);
     QHeaderView::mousePressEvent(event);
 }

@@ -10,6 +10,8 @@ public:
     explicit SCheckBoxHeaderView(Qt::Orientation orientation, QWidget *parent = nullptr);
 
     bool isChecked() const { return m_checked; }
+    // As a click on the box: draws it and tells the page, which sets every row the same (Ctrl+A).
+    void setChecked(bool checked);
 
 signals:
     void checkStausChange(bool checked);

@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QPainter>
 #include <QScrollBar>
 #include <QSignalBlocker>
 #include <QStyledItemDelegate>
@@ -14,7 +15,7 @@ namespace TableFill {
 
 namespace {
 
-class WholeCellDelegate : public QStyledItemDelegate
+class PageTableDelegate : public QStyledItemDelegate
 {
 public:
     using QStyledItemDelegate::QStyledItemDelegate;
@@ -22,6 +23,15 @@ public:
     void updateEditorGeometry(QWidget *editor, const QStyleOptionViewItem &option, const QModelIndex &) const override
     {
         editor->setGeometry(option.rect);
+    }
+
+    // Under the cell widgets too, which paint no background of their own.
+    void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override
+    {
+        const auto *view = qobject_cast<const QAbstractItemView *>(option.widget);
+        if (view && index.row() == view->currentIndex().row())
+            painter->fillRect(option.rect, option.palette.highlight());
+        QStyledItemDelegate::paint(painter, option, index);
     }
 };
 
@@ -39,9 +49,27 @@ QTableWidgetItem *centredItem(const QString &text)
     return item;
 }
 
-void giveCellWidgetsWholeCells(QTableWidget *table)
+void nameRowControls(QWidget *cell, const QString &rowName)
 {
-    table->setItemDelegate(new WholeCellDelegate(table));
+    const char ActionProperty[] = "rowAction";
+    for (QAbstractButton *control : cell->findChildren<QAbstractButton *>()) {
+        QString action = control->property(ActionProperty).toString();
+        if (action.isEmpty()) {
+            action = qobject_cast<QCheckBox *>(control) ? QCoreApplication::translate("TableFill", "选择")
+                                                        : control->accessibleName();
+            control->setProperty(ActionProperty, action);
+        }
+        control->setAccessibleName(action + QLatin1Char(' ') + rowName);
+    }
+}
+
+void setUpTable(QTableWidget *table)
+{
+    table->setItemDelegate(new PageTableDelegate(table));
+    table->setTabKeyNavigation(false);
+    // The view repaints the cell it leaves and the one it enters; the mark covers their whole rows.
+    QObject::connect(table->selectionModel(), &QItemSelectionModel::currentRowChanged, table->viewport(),
+                     qOverload<>(&QWidget::update));
 }
 
 // Set by a cell on itself while one of its own actions runs; that action may be what redraws the table.
@@ -242,6 +270,7 @@ QWidget *LazyRows::makeCheckCell(int row)
     auto *layout = new QHBoxLayout(cell);
     layout->setContentsMargins(0, 0, 0, 0);
     auto *box = new QCheckBox(cell);
+    box->setFocusPolicy(Qt::NoFocus); // the table takes the keys: Space checks the current row
     box->setChecked(m_checked.at(row));
     box->setProperty(RowProperty, row);
     layout->addWidget(box, 0, Qt::AlignCenter);

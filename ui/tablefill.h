@@ -21,9 +21,15 @@ const int CheckColumnWidth = 72;
 // A text item of a table cell, centred both ways.
 QTableWidgetItem *centredItem(const QString &text);
 
-// Lets the cell widgets of a table cover their whole cells: the style's item padding is meant for the text
-// items, and would take from each cell widget the room its column was sized to give it.
-void giveCellWidgetsWholeCells(QTableWidget *table);
+// A page's table for keyboard users too: the current row, the one the keys act on, is marked across all its
+// cells; Tab leaves the table rather than walking its cells. Its cell widgets cover their whole cells: the
+// style's item padding is meant for the text items, and would take from each cell widget the room its
+// column was sized to give it.
+void setUpTable(QTableWidget *table);
+
+// Names the check box and buttons of a row's cell for screen readers by what they do and the row they act
+// on: "删除 Name3". What they do is their accessible name in the form ("删除"), or "选择" for a check box.
+void nameRowControls(QWidget *cell, const QString &rowName);
 
 // Set by a cell on itself while one of its own actions runs; that action may be what redraws the table.
 extern const char CellBusyProperty[];

@@ -57,6 +57,7 @@ void VorFilePath::setPath(const QString &path)
         QPushButton *button = m_buttons.at(k);
         button->setText(buttonText(parts.at(i)));
         button->setToolTip(levelPath);
+        button->setAccessibleName(tr("转到 %1").arg(levelPath));
         button->show();
     }
 }

@@ -4,6 +4,7 @@
 #include "app/vorlog.h"
 #include "model/vordata.h"
 #include "ops/vorsdk.h"
+#include "ui/keys.h"
 #include "ui/tablefill.h"
 
 #include <QScrollBar>
@@ -28,6 +29,14 @@ VorPageDownload::VorPageDownload(QWidget *parent)
     // Return in the search box searches as the button does.
     connect(ui->lineEdit, &QLineEdit::returnPressed, this, &VorPageDownload::on_pushButtonRefresh_clicked);
     ui->tableWidget->verticalScrollBar()->installEventFilter(this);
+    TableFill::setUpTable(ui->tableWidget);
+    const QKeySequence refresh(Qt::Key_F5);
+    Keys::inView(this, { refresh }, [this] { ui->pushButtonRefresh->click(); });
+    Keys::inView(this, { QKeySequence::Find, Qt::Key_F3 }, [this] {
+        ui->lineEdit->setFocus(Qt::ShortcutFocusReason);
+        ui->lineEdit->selectAll();
+    });
+    Keys::showInToolTip(ui->pushButtonRefresh, refresh);
 }
 
 VorPageDownload::~VorPageDownload() = default;

@@ -4,6 +4,7 @@
 #include "app/vorlog.h"
 #include "model/vordata.h"
 #include "ops/vorsdk.h"
+#include "ui/keys.h"
 #include "ui/pagetable.h"
 #include "ui/scheckboxheaderview.h"
 #include "ui/vordialog.h"
@@ -20,6 +21,7 @@ enum Column { CheckColumn, NameColumn, StorageColumn, SizeColumn, ModifiedColumn
 
 const int UploadMenuWidth = 160;
 const char DateFormat[] = "yyyy/MM/dd HH:mm:ss";
+const QLatin1String ParentFolder("..");
 
 } // namespace
 
@@ -36,7 +38,68 @@ VorPageSave::VorPageSave(QWidget *parent)
     m_table = new PageTable(
         ui->tableWidget, { NameColumn, { CheckColumn, NameColumn, HandleColumn } }, [this](int row) { buildRow(row); },
         [this](int row, const QVector<QWidget *> &cells) { rebindRow(row, cells); }, [this] { resizeTable(); }, this);
+    // The parent folder's row only opens.
+    m_table->setRowsThatCheck([this](int row) { return m_entries.at(row)->name != ParentFolder; });
     buildUploadMenu();
+    bindKeys();
+}
+
+// Keys as in the Windows file explorer, each doing what its button or click does.
+void VorPageSave::bindKeys()
+{
+    QTableWidget *table = ui->tableWidget;
+    const QKeySequence refresh(Qt::Key_F5), newFolder(Qt::CTRL | Qt::SHIFT | Qt::Key_N), find(QKeySequence::Find);
+    Keys::inView(this, { refresh }, [this] { ui->pushButtonRefresh->click(); });
+    Keys::inView(this, { newFolder }, [this] { ui->pushButtonMkDir->click(); });
+    Keys::inView(this, { find, Qt::Key_F3 }, [this] {
+        ui->lineEdit->setFocus(Qt::ShortcutFocusReason);
+        ui->lineEdit->selectAll();
+    });
+    // Up one level, as the path bar's parent level: nothing above the root.
+    Keys::inView(this, { Qt::ALT | Qt::Key_Up }, [] { VorSdk::instance()->EnterDir(ParentFolder); });
+    Keys::inWidget(table, { Qt::Key_Backspace }, [] { VorSdk::instance()->EnterDir(ParentFolder); });
+    Keys::inWidget(table, { Qt::Key_Return, Qt::Key_Enter }, [this] { openCurrentFolder(); });
+    Keys::inWidget(table, { Keys::RenameRow },
+                   [this] { m_table->clickInCurrentRow(HandleColumn, QStringLiteral("pushButtonRename")); });
+    Keys::inWidget(table, { Keys::DeleteRows }, [this] { deleteCheckedOrCurrent(); });
+    // Return in the search box searches as the refresh button does; Escape gives up the search.
+    connect(ui->lineEdit, &QLineEdit::returnPressed, this, &VorPageSave::on_pushButtonRefresh_clicked);
+    Keys::inWidget(ui->lineEdit, { Qt::Key_Escape }, [this, table] {
+        ui->lineEdit->clear();
+        table->setFocus(Qt::ShortcutFocusReason);
+    });
+    Keys::showInToolTip(ui->pushButtonRefresh, refresh);
+    Keys::showInToolTip(ui->pushButtonMkDir, newFolder);
+}
+
+// Enter on a folder's row opens it, as a click on its name does.
+void VorPageSave::openCurrentFolder()
+{
+    const int row = m_table->currentRow();
+    if (row >= 0 && m_entries.at(row)->isDir)
+        VorSdk::instance()->EnterDir(m_entries.at(row)->name);
+}
+
+// Delete asks for the checked rows when there are any, as one question; otherwise the current row's delete
+// button asks for its row.
+void VorPageSave::deleteCheckedOrCurrent()
+{
+    QStringList names;
+    for (int row : m_table->rows().checkedRows(m_entries.size())) {
+        if (m_entries.at(row)->name != ParentFolder)
+            names << m_entries.at(row)->name;
+    }
+    if (names.isEmpty()) {
+        m_table->clickInCurrentRow(HandleColumn, QStringLiteral("pushButtonDelete"));
+        return;
+    }
+    VOR_LOG(3, names);
+    if (VorDialog::showChoice(tr("删除"), tr("确认删除%1").arg(names.join(tr("、"))), this, tr("确定"), tr("取消"))
+        != 1)
+        return;
+    const QString folder = VorData::instance()->path() + QLatin1Char('/');
+    for (const QString &name : qAsConst(names))
+        VorSdk::instance()->deleteFile(folder + name);
 }
 
 VorPageSave::~VorPageSave() = default;
@@ -92,7 +155,9 @@ void VorPageSave::buildRow(int row)
 {
     QTableWidget *table = ui->tableWidget;
     FileEntry *entry = m_entries.at(row);
-    table->setCellWidget(row, CheckColumn, m_table->rows().makeCheckCell(row));
+    QWidget *checkCell = m_table->rows().makeCheckCell(row);
+    TableFill::nameRowControls(checkCell, entry->name);
+    table->setCellWidget(row, CheckColumn, checkCell);
     auto *dirFile = new VorSaveDirFile(table);
     dirFile->setDirFile(entry->name, entry->isDir);
     table->setCellWidget(row, NameColumn, dirFile);
@@ -102,6 +167,7 @@ void VorPageSave::buildRow(int row)
 void VorPageSave::rebindRow(int row, const QVector<QWidget *> &cells)
 {
     FileEntry *entry = m_entries.at(row);
+    TableFill::nameRowControls(cells.at(CheckColumn), entry->name);
     static_cast<VorSaveDirFile *>(cells.at(NameColumn))->setDirFile(entry->name, entry->isDir);
     static_cast<VorSaveHandle *>(cells.at(HandleColumn))->setEntry(entry);
 }

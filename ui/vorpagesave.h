@@ -48,6 +48,9 @@ protected:
 
 private:
     void buildUploadMenu();
+    void bindKeys();
+    void openCurrentFolder();
+    void deleteCheckedOrCurrent();
     void redrawTable();
     void fillRow(int row, FileEntry *entry);
     void buildRow(int row);

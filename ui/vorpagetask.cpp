@@ -4,6 +4,7 @@
 #include "app/vorlog.h"
 #include "model/vordata.h"
 #include "ops/vorsdk.h"
+#include "ui/keys.h"
 #include "ui/pagetable.h"
 #include "ui/scheckboxheaderview.h"
 #include "ui/vordialog.h"
@@ -50,6 +51,37 @@ VorPageTask::VorPageTask(QWidget *parent)
         ui->tableWidget, { NameColumn, { CheckColumn, NameColumn, ProgressColumn, HandleColumn } },
         [this](int row) { buildRow(row); }, [this](int row, const QVector<QWidget *> &cells) { rebindRow(row, cells); },
         [this] { resizeTable(); }, this);
+    bindKeys();
+}
+
+void VorPageTask::bindKeys()
+{
+    const QKeySequence refresh(Qt::Key_F5);
+    Keys::inView(this, { refresh }, [this] { ui->pushButtonRefresh->click(); });
+    Keys::inWidget(ui->tableWidget, { Keys::DeleteRows }, [this] { ui->pushButtonDelete->click(); });
+    Keys::inWidget(ui->tableWidget, { Qt::Key_Return, Qt::Key_Enter }, [this] { pauseOrContinueCurrentTask(); });
+    Keys::showInToolTip(ui->pushButtonRefresh, refresh);
+    Keys::showInToolTip(ui->pushButtonDelete, Keys::DeleteRows);
+}
+
+// Enter pauses a running task and continues a paused or failed one, through the row's own buttons; a
+// finished task has nothing to do.
+void VorPageTask::pauseOrContinueCurrentTask()
+{
+    const int row = m_table->currentRow();
+    if (row < 0)
+        return;
+    switch (m_tasks.at(row)->status) {
+    case TaskRunning:
+        m_table->clickInCurrentRow(HandleColumn, QStringLiteral("pushButtonPause"));
+        break;
+    case TaskPaused:
+    case TaskFailed:
+        m_table->clickInCurrentRow(HandleColumn, QStringLiteral("pushButtonContinue"));
+        break;
+    default:
+        break;
+    }
 }
 
 VorPageTask::~VorPageTask() = default;
@@ -96,7 +128,9 @@ void VorPageTask::buildRow(int row)
 {
     QTableWidget *table = ui->tableWidget;
     TaskInfo *task = m_tasks.at(row);
-    table->setCellWidget(row, CheckColumn, m_table->rows().makeCheckCell(row));
+    QWidget *checkCell = m_table->rows().makeCheckCell(row);
+    TableFill::nameRowControls(checkCell, task->name);
+    table->setCellWidget(row, CheckColumn, checkCell);
     table->setCellWidget(row, NameColumn, new VorTaskDirFile(task, table));
     table->setCellWidget(row, ProgressColumn, new VorTaskStatus(task, table));
     table->setCellWidget(row, HandleColumn, new VorTaskHandle(task, table));
@@ -105,6 +139,7 @@ void VorPageTask::buildRow(int row)
 void VorPageTask::rebindRow(int row, const QVector<QWidget *> &cells)
 {
     TaskInfo *task = m_tasks.at(row);
+    TableFill::nameRowControls(cells.at(CheckColumn), task->name);
     static_cast<VorTaskDirFile *>(cells.at(NameColumn))->setTask(task);
     static_cast<VorTaskStatus *>(cells.at(ProgressColumn))->setTask(task);
     static_cast<VorTaskHandle *>(cells.at(HandleColumn))->setTask(task);

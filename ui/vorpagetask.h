@@ -39,6 +39,8 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
 
 private:
+    void bindKeys();
+    void pauseOrContinueCurrentTask();
     void redrawTable();
     void fillRow(int row, TaskInfo *task);
     void buildRow(int row);

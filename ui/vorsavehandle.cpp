@@ -5,6 +5,7 @@
 #include "model/fileentry.h"
 #include "model/vordata.h"
 #include "ops/vorsdk.h"
+#include "ui/keys.h"
 #include "ui/tablefill.h"
 #include "ui/vordialog.h"
 
@@ -27,12 +28,15 @@ VorSaveHandle::VorSaveHandle(FileEntry *entry, QWidget *parent)
 {
     ui->setupUi(this);
     ui->pushButtonCopy->hide(); // links are not offered in this version
+    Keys::showInToolTip(ui->pushButtonRename, Keys::RenameRow);
+    Keys::showInToolTip(ui->pushButtonDelete, Keys::DeleteRows);
     setEntry(entry);
 }
 
 void VorSaveHandle::setEntry(FileEntry *entry)
 {
     m_entry = entry;
+    TableFill::nameRowControls(this, m_entry->name);
     // The parent folder is not an object of this folder.
     ui->widgetHandle->setVisible(m_entry->name != QLatin1String(".."));
 }

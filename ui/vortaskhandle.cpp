@@ -4,6 +4,7 @@
 #include "app/vorlog.h"
 #include "model/taskinfo.h"
 #include "ops/vorsdk.h"
+#include "ui/tablefill.h"
 #include "ui/vordialog.h"
 
 VorTaskHandle::VorTaskHandle(TaskInfo *task, QWidget *parent)
@@ -12,11 +13,13 @@ VorTaskHandle::VorTaskHandle(TaskInfo *task, QWidget *parent)
     , m_task(task)
 {
     ui->setupUi(this);
+    setTask(task);
 }
 
 void VorTaskHandle::setTask(TaskInfo *task)
 {
     m_task = task;
+    TableFill::nameRowControls(this, m_task->name);
 }
 
 VorTaskHandle::~VorTaskHandle() = default;

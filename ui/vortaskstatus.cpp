@@ -21,6 +21,7 @@ VorTaskStatus::VorTaskStatus(TaskInfo *task, QWidget *parent)
 void VorTaskStatus::setTask(TaskInfo *task)
 {
     m_task = task;
+    ui->progressBar->setAccessibleName(tr("任务进度 %1").arg(m_task->name)); // its value reads as a percentage
     showStatus(m_task->status, m_task->progress);
 }
 
