@@ -1,23 +1,11 @@
 #include "app/vorlog.h"
+#include "app/vormain.h"
 #include "model/vordata.h"
 #include "model/vorlogin.h"
 #include "sdk/sdksftp.h"
 
 #include <QApplication>
 #include <QTranslator>
-
-namespace {
-
-// Windows, fonts and images follow the scale of the screen a window is on, 125 % and 150 % as they are:
-// left alone, Qt 5 draws every screen at 100 %, and scaled, it rounds 150 % up to 200 % and 125 % down.
-void followScreenScale()
-{
-    QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
-    QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
-    QApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
-}
-
-} // namespace
 
 int qMain(int argc, char *argv[])
 {

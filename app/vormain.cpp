@@ -29,7 +29,22 @@ QScreen *usersScreen()
     return QGuiApplication::primaryScreen();
 }
 
+// A length that ends on a whole screen pixel at 125 %, 150 % and 175 % too: a multiple of 4. Otherwise the
+// window's last row or column of pixels is only partly painted, and its border along that edge fades.
+int wholePixels(int length, int least)
+{
+    const int snapped = length - length % 4;
+    return snapped >= least ? snapped : least + (4 - least % 4) % 4;
+}
+
 } // namespace
+
+void followScreenScale()
+{
+    QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    QApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
+}
 
 void placeOnUsersScreen(QWidget *window)
 {
@@ -37,7 +52,9 @@ void placeOnUsersScreen(QWidget *window)
     if (!screen)
         return;
     const QRect available = screen->availableGeometry();
-    window->resize(window->size().boundedTo(available.size()));
+    const QSize bounded = window->size().boundedTo(available.size());
+    const QSize least = window->minimumSizeHint().expandedTo(window->minimumSize());
+    window->resize(wholePixels(bounded.width(), least.width()), wholePixels(bounded.height(), least.height()));
     QRect frame(QPoint(), window->size());
     frame.moveCenter(available.center());
     // A window that cannot be made small enough keeps its top-left corner, and its title bar, on screen.
@@ -99,6 +116,7 @@ void VorMain::dataUpdateUser(const QString &name, const QString &tips)
 {
     ui->labelTips->setText(tips);
     ui->pushButtonUser->setText(name);
+    ui->pushButtonUser->setAccessibleName(tr("用户 %1").arg(name));
 }
 
 void VorMain::dataUpdatePath(const QString &path)

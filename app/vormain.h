@@ -47,6 +47,11 @@ private:
     std::unique_ptr<Ui::VorMain> ui;
 };
 
+// Before the application exists: windows, fonts and images follow the scale of the screen a window is on,
+// 125 % and 150 % as they are. Left alone, Qt 5 draws every screen at 100 %, and scaled, it rounds 150 % up
+// to 200 % and 125 % down.
+void followScreenScale();
+
 // Places a top-level window that is about to open in the middle of the screen the user is working on,
 // made smaller if need be so that all of it is on that screen. Without a window manager a window would
 // open at the screen's corner, and with one wherever it last was.

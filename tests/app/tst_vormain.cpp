@@ -35,6 +35,9 @@ class TestVorMain : public QObject
     VorLogin *login = VorData::instance()->loginDialog();
     template<typename T = QPushButton> T *child(const QString &name) const { return window->findChild<T *>(name); }
 
+public:
+    static void initMain() { followScreenScale(); } // before the application exists, as in the program
+
 private slots:
     void initTestCase()
     {
@@ -92,7 +95,8 @@ private slots:
                 checked << (button->isChecked() ? button->objectName() : QString());
             QCOMPARE(checked.join(' ').simplified(), clicked);
             QCOMPARE(child<QStackedWidget>("stackedWidget")->currentWidget()->objectName(), "page" + clicked.mid(10));
-            QCOMPARE(child(clicked)->grab().toImage().pixelColor(12, 6), QColor("#1890FF")); // filled when checked
+            const QImage button = child(clicked)->grab().toImage();
+            QCOMPARE(button.pixelColor(QPoint(12, 6) * button.devicePixelRatio()), QColor("#1890FF")); // checked
         }
         VorDialog dialog;
         QSet<QString> names { window->objectName(), login->objectName(), dialog.objectName() };
@@ -107,6 +111,110 @@ private slots:
         for (auto match = QRegularExpression(R"(#(\w+))").globalMatch(selectors); match.hasNext();)
             named << match.next().captured(1);
         QCOMPARE((named - names).values().join(' '), QString());
+    }
+
+    // On a screen of any scale (QT_SCALE_FACTOR): every picture has its twice-size rendering, and the frameless
+    // windows show their border all round.
+    void picturesAndBorders()
+    {
+        QStringList missing;
+        for (const QFileInfo &file : QDir(":/img").entryInfoList({ "*.png", "*.gif" })) {
+            const QString twice = file.filePath().replace(QRegularExpression("(@2x)?\\.(png|gif)$"), "@2x.\\2");
+            if (!file.baseName().endsWith("@2x") && QImage(twice).size() != QImage(file.filePath()).size() * 2)
+                missing << file.fileName();
+        }
+        QCOMPARE(missing.join(' '), QString());
+
+        VorDialog dialog;
+        dialog.setMessage("成功", "新建文件夹成功", "确定");
+        QStringList borders;
+        for (QWidget *top : QWidgetList { window, login, &dialog }) {
+            top->hide();
+            top->show(); // placed on the screen as the program places it
+            const QImage image = top->grab().toImage();
+            const int right = image.width() - 1, bottom = image.height() - 1;
+            for (const QPoint &edge :
+                 { QPoint(0, bottom / 2), QPoint(right, bottom / 2), QPoint(right / 2, 0), QPoint(right / 2, bottom) })
+                borders << image.pixelColor(edge).name();
+            top->hide();
+        }
+        QCOMPARE(borders.join(' '), QString("#c5ced9 ").repeated(12).trimmed());
+    }
+
+    void keyboardAndScreenReaders_data()
+    {
+        QTest::addColumn<QString>("shown"); // a page of the main window, the login window or a dialog
+        QTest::addColumn<QString>("tabs"); // the controls Tab visits, in turn
+        const QString top = "pushButtonExit pushButtonSave pushButtonTask pushButtonDownload ";
+        const QString pager = " previousPageLabel nextPageLabel pageLineEdit";
+        QTest::newRow("storage page") << "pushButtonSave"
+                                      << top
+                + "pushButton_1 pushButtonUp pushButtonDown pushButtonMkDir lineEdit "
+                  "pushButtonRefresh tableWidget";
+        QTest::newRow("task page") << "pushButtonTask"
+                                   << top + "pushButtonDelete comboBoxType comboBoxStatus pushButtonRefresh tableWidget"
+                + pager;
+        QTest::newRow("download page") << "pushButtonDownload"
+                                       << top + "lineEdit pushButtonRefresh tableWidget" + pager;
+        QTest::newRow("login") << "login"
+                               << "textEdit pushButtonLogin";
+        QTest::newRow("rename dialog") << "rename"
+                                       << "lineEditRename pushButtonYes pushButtonNo";
+    }
+    // Tab visits the controls in reading order, each showing the focus; every control a keyboard or a screen
+    // reader reaches, and every button, has a Chinese name, and the tables name their columns.
+    void keyboardAndScreenReaders()
+    {
+        QFETCH(QString, shown);
+        VorData::instance()->updateFilePath("/home");
+        VorData::instance()->updateSaveFileInfo(SdkSamples::files());
+        VorData::instance()->updateTaskInfo(SdkSamples::tasks());
+        VorData::instance()->updateDownloadInfo(SdkSamples::downloads());
+        VorDialog dialog;
+        dialog.setRename("重命名", "重命名", QString(), "确定", "取消");
+        QWidget *top = shown == "login" ? login : shown == "rename" ? static_cast<QWidget *>(&dialog) : window;
+        if (top == window)
+            QTest::mouseClick(child(shown), Qt::LeftButton);
+        top->show();
+        QApplication::setActiveWindow(top);
+        QVERIFY(QTest::qWaitForWindowActive(top));
+
+        QStringList unnamed;
+        QHash<QWidget *, QImage> unfocused;
+        for (QWidget *widget : top->findChildren<QWidget *>()) {
+            const bool focusable = widget->focusPolicy() & Qt::TabFocus;
+            if (!widget->isVisibleTo(top) || (!focusable && !qobject_cast<QAbstractButton *>(widget)))
+                continue;
+            const QString name = QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name);
+            if (name.size() < 2 || !name.contains(QRegularExpression("\\p{Han}")))
+                unnamed << widget->objectName() + " \"" + name + '"';
+            if (focusable && widget != QApplication::focusWidget())
+                unfocused.insert(widget, widget->grab().toImage());
+        }
+        for (auto *table : top->findChildren<QTableWidget *>()) {
+            QAccessibleTableInterface *cells = QAccessible::queryAccessibleInterface(table)->tableInterface();
+            for (int column = 0; table->isVisibleTo(top) && column < table->columnCount(); ++column) {
+                const auto headers = cells->cellAt(0, column)->tableCellInterface()->columnHeaderCells();
+                if (headers.isEmpty() || headers.first()->text(QAccessible::Name).isEmpty())
+                    unnamed << table->accessibleName() + QString(" column %1").arg(column);
+            }
+        }
+        QCOMPARE(unnamed.join(", "), QString());
+
+        QFETCH(QString, tabs);
+        QWidget *first = top->findChild<QWidget *>(tabs.section(' ', 0, 0));
+        first->setFocus(Qt::TabFocusReason);
+        QStringList visited, unmarked;
+        do {
+            QWidget *focused = QApplication::focusWidget();
+            visited << focused->objectName();
+            if (unfocused.contains(focused) && focused->grab().toImage() == unfocused.value(focused))
+                unmarked << focused->objectName();
+            QTest::keyClick(focused, Qt::Key_Tab);
+        } while (QApplication::focusWidget() != first && visited.size() < 30);
+        QCOMPARE(visited.join(' '), tabs);
+        QCOMPARE(unmarked.join(' '), QString()); // the focus shows on each
+        top->hide();
     }
 
     void textsFit()

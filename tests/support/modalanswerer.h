@@ -20,8 +20,8 @@ public:
 
     ModalAnswerer() { qApp->installEventFilter(this); }
     // Types into the input line unless typed is null, then clicks "pushButtonYes", "pushButtonNo" or
-    // "pushButtonClose", presses "Escape" or asks the window to "close" as the window manager does; an empty
-    // name only looks and lets the dialog close by itself (the wait dialog).
+    // "pushButtonClose", presses "Escape" or "Return" or asks the window to "close" as the window manager does; an
+    // empty name only looks and lets the dialog close by itself (the wait dialog).
     void answer(const QString &button, const QString &typed = QString()) { m_answers.append({ button, typed }); }
     const QList<Seen> &seen() const { return m_seen; }
     // Set, a dialog with no answer queued is noted and closed, so that a test fails on it instead of hanging.
@@ -43,8 +43,9 @@ public:
         QTimer::singleShot(0, dialog, [dialog, answer] { // from the dialog's own event loop, once exec() started it
             if (!answer.second.isNull())
                 dialog->findChild<QLineEdit *>("lineEditRename")->setText(answer.second);
-            if (answer.first == "Escape")
-                QTest::keyClick(dialog, Qt::Key_Escape);
+            if (answer.first == "Escape" || answer.first == "Return") // where the focus is, as a user types
+                QTest::keyClick(dialog->focusWidget() ? dialog->focusWidget() : dialog,
+                                answer.first == "Escape" ? Qt::Key_Escape : Qt::Key_Return);
             else if (answer.first == "close")
                 dialog->close();
             else if (!answer.first.isEmpty())

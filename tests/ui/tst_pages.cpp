@@ -4,6 +4,7 @@
 #include "support/modalanswerer.h"
 #include "support/recordingbackend.h"
 #include "support/warningguard.h"
+#include "ui/scheckboxheaderview.h"
 
 const int Rows = 60; // a few screenfuls: rows further down have no cell widgets until they come into view
 
@@ -29,7 +30,7 @@ static QString seen(QWidget *cell)
         if (auto *box = qobject_cast<QCheckBox *>(part))
             parts << (box->isChecked() ? "[x]" : "[ ]");
         else if (auto *button = qobject_cast<QPushButton *>(part))
-            parts << (button->text().isEmpty() ? button->objectName() : button->text());
+            parts << (button->text().isEmpty() ? button->accessibleName() : button->text()); // a reader's name
         else if (auto *label = qobject_cast<QLabel *>(part))
             parts << label->text();
         else if (auto *bar = qobject_cast<QProgressBar *>(part))
@@ -77,6 +78,13 @@ private slots:
         m_backend->calls.clear();
         m_answerer = std::make_unique<ModalAnswerer>();
         m_answerer->closeUnanswered = true;
+        for (auto *header : m_main->findChildren<SCheckBoxHeaderView *>())
+            header->setChecked(false);
+        for (auto *search : m_main->findChildren<QLineEdit *>("lineEdit"))
+            search->clear();
+        for (auto *filter : m_main->findChildren<QComboBox *>())
+            filter->setCurrentIndex(0);
+        QApplication::setActiveWindow(m_main); // where the keys go
     }
     void cleanup()
     {
@@ -93,7 +101,7 @@ private slots:
         const QString save = "pushButtonSave";
         QTest::newRow("parent folder, no actions")
             << save << 0 << "[ ]|widgetDir ..|标准存储|0 KB|2026/05/06 07:08:09| / getFileInfo / ";
-        const QString entry = "[ ]|widget%1 entry%2|标准存储|%2 KB|2026/05/%3 07:08:09|pushButtonDown 删除 重命名 / ";
+        const QString entry = "[ ]|widget%1 entry%2|标准存储|%2 KB|2026/05/%3 07:08:09|下载 entry%2 删除 重命名 / ";
         QTest::newRow("file, cells reused") << save << Rows - 2 << entry.arg("File").arg(Rows - 2).arg(24);
         QTest::newRow("folder, cells reused")
             << save << Rows - 1 << entry.arg("Dir").arg(Rows - 1).arg(25) + "getFileInfo /home/entry59 ";
@@ -106,9 +114,10 @@ private slots:
         for (int i = 0; i < tasks.size(); ++i)
             QTest::newRow(qPrintable(tasks.at(i).section('|', 2, 2)))
                 << "pushButtonTask" << i
-                << QString("[ ]|%1|2026/01/0%2 13:04:05|pushButtonStart pushButtonPause pushButtonDelete 继续 / ")
+                << QString("[ ]|%1|2026/01/0%2 13:04:05|开始 task%3 暂停 task%3 删除 task%3 继续 / ")
                        .arg(tasks.at(i))
-                       .arg(i + 2);
+                       .arg(i + 2)
+                       .arg(i);
         QTest::newRow("download") << "pushButtonDownload" << 2
                                   << "2|down2|2026-03-03 23:59:58|2026-03-04 02:02:00|2 KB|02:02:02 / ";
     }
@@ -177,10 +186,107 @@ private slots:
         QTEST(m_backend->calls.join('|') + " / " + dialogs.join('|'), "seen");
     }
 
+    void keys_data()
+    {
+        QTest::addColumn<QString>("page"); // its navigation button
+        QTest::addColumn<int>("row"); // the current row, in the table that has the focus
+        QTest::addColumn<QString>("keys"); // key sequences, and 'text typed where the focus is
+        QTest::addColumn<QString>("answers"); // to the dialogs, in turn: button[:typed]
+        QTest::addColumn<QString>("seen"); // the page then shown / the back end's calls / the dialogs' texts
+        const QString save = "pushButtonSave", task = "pushButtonTask";
+        const QString up = "pageSave / getFileInfo / ";
+        QTest::newRow("F5 refreshes") << save << 1 << "F5"
+                                      << ""
+                                      << "pageSave / getFileInfo /home  / ";
+        QTest::newRow("Enter opens a folder") << save << 3 << "Return"
+                                              << ""
+                                              << "pageSave / getFileInfo /home/entry3  / ";
+        QTest::newRow("Enter on a file") << save << 1 << "Return"
+                                         << ""
+                                         << "pageSave /  / ";
+        QTest::newRow("Enter on ..") << save << 0 << "Return"
+                                     << "" << up + " / ";
+        QTest::newRow("Backspace") << save << 1 << "Backspace"
+                                   << "" << up + " / ";
+        QTest::newRow("Alt+Up from the search box") << save << 1 << "Ctrl+F Alt+Up"
+                                                    << "" << up + " / ";
+        QTest::newRow("F2") << save << 1 << "F2"
+                            << "Yes:new Yes"
+                            << "pageSave / rename /home/entry1 /home/new|getFileInfo /home /home / 重命名|改名成功";
+        QTest::newRow("F2 on ..") << save << 0 << "F2"
+                                  << ""
+                                  << "pageSave /  / ";
+        QTest::newRow("Delete, current row") << save << 1 << "Del"
+                                             << "Yes"
+                                             << "pageSave / deleteFile /home/entry1 / 确认删除entry1";
+        QTest::newRow("Delete, checked rows") << save << 1 << "Space Down Space Del"
+                                              << "Yes"
+                                              << "pageSave / deleteFile /home/entry1|deleteFile /home/entry2 / "
+                                                 "确认删除entry1、entry2";
+        QTest::newRow("Ctrl+Shift+N") << save << -1 << "Ctrl+Shift+N"
+                                      << "Yes:new Yes"
+                                      << "pageSave / createDir /home/new|getFileInfo /home /home / "
+                                         "文件夹名称：|新建文件夹成功";
+        QTest::newRow("F3, Enter searches") << save << 1 << "F3 'ab Return"
+                                            << ""
+                                            << "pageSave / getFileInfo /home ab / ";
+        // Escape empties the search box and gives the keys back to the table.
+        QTest::newRow("Escape") << save << 1 << "Ctrl+F 'ab Escape Backspace F5"
+                                << ""
+                                << "pageSave / getFileInfo / |getFileInfo /  / ";
+        QTest::newRow("task F5") << task << 1 << "F5"
+                                 << ""
+                                 << "pageTask / refreshTask 0 0 / ";
+        QTest::newRow("task Delete, none checked") << task << 1 << "Del"
+                                                   << ""
+                                                   << "pageTask /  / 没有勾选需要删除的任务";
+        QTest::newRow("task Enter pauses") << task << 0 << "Return"
+                                           << ""
+                                           << "pageTask / pauseTask 0 / ";
+        QTest::newRow("task Enter, finished") << task << 1 << "Return"
+                                              << ""
+                                              << "pageTask /  / ";
+        QTest::newRow("task Enter continues") << task << 3 << "Return"
+                                              << ""
+                                              << "pageTask / continueTask 3 / ";
+        QTest::newRow("downloads F5") << "pushButtonDownload" << -1 << "Ctrl+F 'a F5"
+                                      << ""
+                                      << "pageDownload / refreshDown a / ";
+        QTest::newRow("Ctrl+2, Ctrl+3") << save << -1 << "Ctrl+2 Ctrl+3"
+                                        << ""
+                                        << "pageDownload /  / ";
+    }
+    // Each key does what its button or click does: the same call to the back end, the same dialog.
+    void keys()
+    {
+        QFETCH(QString, page);
+        QFETCH(int, row);
+        QFETCH(QString, keys);
+        QFETCH(QString, answers);
+        QTableWidget *t = open(page);
+        t->setFocus();
+        if (row >= 0)
+            t->setCurrentCell(row, 2);
+        for (const QString &answer : answers.split(' ', Qt::SkipEmptyParts))
+            m_answerer->answer("pushButton" + answer.section(':', 0, 0), answer.section(':', 1));
+        for (const QString &key : keys.split(' ')) {
+            if (key.startsWith('\''))
+                QTest::keyClicks(QApplication::focusWidget(), key.mid(1));
+            else
+                QTest::keySequence(QApplication::focusWidget(), QKeySequence(key));
+        }
+        QStringList dialogs;
+        for (const ModalAnswerer::Seen &seen : m_answerer->seen())
+            dialogs << seen.text;
+        const QString shown = m_main->findChild<QStackedWidget *>("stackedWidget")->currentWidget()->objectName();
+        QTEST(shown + " / " + m_backend->calls.join('|') + " / " + dialogs.join('|'), "seen");
+    }
+
     void checkedRows_data()
     {
         QTest::addColumn<bool>("tasks"); // else the storage page
-        QTest::addColumn<QStringList>("clicks"); // "header", "box N" or "row N" (a text cell of row N)
+        // "header", "box N", "row N" (a text cell of row N), or "key N K" (key K with row N current)
+        QTest::addColumn<QStringList>("clicks");
         QTest::addColumn<QList<int>>("checked");
         QList<int> all;
         for (int row = 0; row < Rows; ++row)
@@ -189,6 +295,10 @@ private slots:
         QTest::newRow("boxes and rows") << false << QStringList { "box 1", "row 3", "row 4", "row 4" }
                                         << QList<int> { 1, 3 };
         QTest::newRow("tasks") << true << QStringList { "header", "box 0" } << all.mid(1);
+        // Space checks the current row, except the parent folder's; Ctrl+A checks them all.
+        QTest::newRow("Space") << false << QStringList { "key 0 Space", "key 3 Space", "key 5 Space", "key 5 Space" }
+                               << QList<int> { 3 };
+        QTest::newRow("Ctrl+A") << true << QStringList { "key 2 Ctrl+A" } << all;
     }
     // The storage page downloads the records of the checked rows; the task page deletes their tasks by id.
     void checkedRows()
@@ -197,12 +307,16 @@ private slots:
         QFETCH(QStringList, clicks);
         QTableWidget *t = open(tasks ? "pushButtonTask" : "pushButtonSave");
         for (const QString &click : clicks) {
-            const int row = click.section(' ', 1).toInt();
+            const int row = click.section(' ', 1, 1).toInt();
             if (click == "header")
                 QTest::mouseClick(t->horizontalHeader()->viewport(), Qt::LeftButton, {}, QPoint(20, 5));
             else if (click.startsWith("box"))
                 t->cellWidget(row, 0)->findChild<QCheckBox *>()->click();
-            else
+            else if (click.startsWith("key")) {
+                t->setFocus();
+                t->setCurrentCell(row, 2);
+                QTest::keySequence(t, QKeySequence(click.section(' ', 2)));
+            } else
                 QTest::mouseClick(t->viewport(), Qt::LeftButton, {}, t->visualItemRect(t->item(row, 3)).center());
         }
         t->parentWidget()->findChild<QPushButton *>(tasks ? "pushButtonDelete" : "pushButtonDown")->click();

@@ -39,6 +39,11 @@ private slots:
         QTest::newRow("past the last") << 20 << "25" << enter << Emitted { { 20 } }
                                        << "< 1 2 3 … 15 16 17 18 19 [20] >";
         QTest::newRow("no Enter") << 20 << "10" << none << Emitted() << "< 1 2 3 … 6 [7] 8 … 18 19 20 >";
+        // "<" and ">": the key goes to the previous or next label, which Tab reaches.
+        QTest::newRow("Right") << 20 << ">" << int(Qt::Key_Right) << Emitted { { 8 } }
+                               << "< 1 2 3 … 7 [8] 9 … 18 19 20 >";
+        QTest::newRow("Space on previous")
+            << 20 << "<" << int(Qt::Key_Space) << Emitted { { 6 } } << "< 1 2 3 … 5 [6] 7 … 18 19 20 >";
     }
     void pager()
     {
@@ -50,9 +55,12 @@ private slots:
         pager.setMaxPage(20);
         pager.setCurrentPage(7);
         pager.setMaxPage(pages);
-        QTest::keyClicks(pager.findChild<QLineEdit *>(), typed);
-        QTest::keyClick(pager.findChild<QLineEdit *>(), Qt::Key(key),
-                        key == Qt::Key_Enter ? Qt::KeypadModifier : Qt::NoModifier);
+        QWidget *target = pager.findChild<QLineEdit *>();
+        if (typed == "<" || typed == ">")
+            target = pager.findChild<QLabel *>(typed == "<" ? "previousPageLabel" : "nextPageLabel");
+        else
+            QTest::keyClicks(target, typed);
+        QTest::keyClick(target, Qt::Key(key), key == Qt::Key_Enter ? Qt::KeypadModifier : Qt::NoModifier);
         QStringList shown; // as the user reads it: "…" where pages are left out, the highlighted page in brackets
         for (QLabel *label : pager.findChildren<QLabel *>())
             if (label->isVisibleTo(&pager) && (label->property("page").isValid() || label->text() == "…"))
@@ -68,7 +76,11 @@ private slots:
         using D = DialogCase;
         QTest::newRow("message, X") << D { "message", "pushButtonClose", "", "[X][确定]", 0, "" };
         QTest::newRow("rename, no") << D { "rename", "pushButtonNo", "新名字", "[X][确定][取消]", 0, "新名字" };
+        QTest::newRow("choice, Enter") << D { "choice", "Return", "", "[X][确定][取消]", 1, "" };
+        QTest::newRow("choice, Escape") << D { "choice", "Escape", "", "[X][确定][取消]", 0, "" };
+        QTest::newRow("rename, Enter") << D { "rename", "Return", "新名字", "[X][确定][取消]", 1, "新名字" };
         QTest::newRow("wait, Escape") << D { "wait", "Escape", "", "", 1, "" };
+        QTest::newRow("wait, Enter") << D { "wait", "Return", "", "", 1, "" };
         QTest::newRow("wait, closed") << D { "wait", "close", "", "", 1, "" };
     }
     void dialogs()
@@ -82,6 +94,8 @@ private slots:
         int result = -1;
         if (c.kind == "message")
             result = VorDialog::showMessage(title, text, nullptr, "确定");
+        else if (c.kind == "choice")
+            result = VorDialog::showChoice(title, text, nullptr, "确定", "取消");
         else if (c.kind == "rename")
             result = VorDialog::showRename(title, text, nullptr, handedBack = "旧名字", "确定", "取消");
         else // long enough for the user to try to leave
@@ -92,6 +106,18 @@ private slots:
         QCOMPARE(seen.title + " | " + seen.text + " | " + seen.buttons, title + " | " + text + " | " + c.buttons);
         QCOMPARE(result, c.result);
         QCOMPARE(handedBack, c.handedBack);
+    }
+
+    // In the screen's own pixels: above 100 % the twice-size drawing, not the small one enlarged.
+    void waitAnimation()
+    {
+        VorDialog dialog;
+        dialog.setWait("登录中", "请稍等...", nullptr);
+        const QPixmap frame = dialog.findChild<QLabel *>("labelWait")->pixmap(Qt::ReturnByValue);
+        const qreal ratio = dialog.devicePixelRatioF();
+        const QImage drawing(ratio > 1 ? ":/img/WaitMovie@2x.gif" : ":/img/WaitMovie.gif");
+        QCOMPARE(frame.devicePixelRatio(), ratio);
+        QCOMPARE(frame.toImage().convertToFormat(QImage::Format_RGB32), drawing.convertToFormat(QImage::Format_RGB32));
     }
 
     void base64()
