@@ -98,6 +98,12 @@ private slots:
             const QImage button = child(clicked)->grab().toImage();
             QCOMPARE(button.pixelColor(QPoint(12, 6) * button.devicePixelRatio()), QColor("#1890FF")); // checked
         }
+        QStringList titles; // the program's own names, as they stand
+        for (QWidget *top : QWidgetList { window, login })
+            for (QLabel *label :
+                 top->findChildren<QLabel *>(QRegularExpression("^label(TitleText|TitleName|Title|Product)$")))
+                titles << label->text();
+        QCOMPARE(titles.join('|'), "Veltra-客户端工具|Quenvar-Clent Tools|Veltra-客户端工具|Quenvar-Clent Tools");
         VorDialog dialog;
         QSet<QString> names { window->objectName(), login->objectName(), dialog.objectName() };
         for (QObject *top : QObjectList { window, login, &dialog })

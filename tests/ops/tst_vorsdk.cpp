@@ -25,6 +25,7 @@ private slots:
         task->name = name;
         data->updateTaskInfo({ task, new TaskInfo });
         data->deleteTaskInfo(task->id);
+        QCOMPARE(data->mainWindow()->findChild<QWidget *>("pageTask")->findChild<QTableWidget *>()->rowCount(), 1);
         QVERIFY(!name.isDetached()); // the caller may still hold it
         data->updateTaskInfo(QList<TaskInfo *> { task });
         data->updateTaskInfo(QList<TaskInfo *>());
@@ -71,6 +72,7 @@ private slots:
         QTest::newRow("nothing listens") << codeOf(
             R"({"storage":"sftp","userInfo":{"host":"127.0.0.1","port":"1","expireTime":"0"}})")
                                          << QStringLiteral("登录服务器失败，请检查你的授权码是否有效！\n错误信息：");
+        QTest::newRow("storage in capitals") << codeOf(R"({"storage":"TARN","project":"a"})") << parseError;
         QTest::newRow("repeated with escapes")
             << codeOf(R"({"storage":"tarn","project":"a","\u0070roj\u0065ct":"b"})") << parseError;
     }

@@ -85,16 +85,32 @@ private slots:
     // elsewhere, without a word from Qt about threads.
     void signInAndOutThroughTheWindows()
     {
+        const QDateTime modified(QDate(2021, 2, 3), QTime(4, 5, 6), Qt::UTC);
+        QVERIFY(m_server.writeFile("my file.txt", "eleven byte") && m_server.writeFile("dated.txt", "x", modified));
         VorLogin *login = VorData::instance()->loginDialog();
         login->findChild<QTextEdit *>("textEdit")->setPlainText(TestSshd::authCode(m_server.codeJson()));
         login->findChild<QPushButton *>("pushButtonLogin")->click(); // returns once signed in
-        QVERIFY(VorData::instance()->mainWindow()->isVisible());
+        QWidget *window = VorData::instance()->mainWindow();
+        QVERIFY(window->isVisible());
         QCOMPARE(VorSdk::instance()->backend()->thread(), QThread::currentThread());
+
+        // The home folder as the storage page shows it: name, size and time. A name with a blank lists by its
+        // first word, whose stat finds nothing; a time is the last change, not the last reading.
+        auto *table = window->findChild<QWidget *>("pageSave")->findChild<QTableWidget *>();
+        QStringList rows;
+        for (int row = 0; row < table->rowCount(); ++row)
+            rows << table->cellWidget(row, 1)->findChild<QLabel *>("label")->text() + '|' + table->item(row, 3)->text()
+                    + '|' + table->item(row, 4)->text();
+        rows.sort(); // ".." first
+        QCOMPARE(rows.mid(1).join(' '),
+                 "dated.txt|0 KB|" + modified.toLocalTime().toString("yyyy/MM/dd HH:mm:ss") + " my|11|");
+        QCOMPARE(VorSdk::instance()->backendLastError(), "SFTP unlink error: -31");
+
         QVERIFY(!m_server.output().contains("Received disconnect"));
         ModalAnswerer answerer;
         answerer.answer("pushButtonYes"); // 确认退出？
-        VorData::instance()->mainWindow()->findChild<QPushButton *>("pushButtonExit")->click();
-        QTRY_VERIFY2(m_server.output().contains("Received disconnect from 127.0.0.1"), qPrintable(m_server.output()));
+        window->findChild<QPushButton *>("pushButtonExit")->click();
+        QTRY_VERIFY2(m_server.output().contains(": Normal Shutdown"), qPrintable(m_server.output())); // the goodbye
     }
 
     void refusedSignIn()
@@ -148,6 +164,12 @@ private slots:
         QFETCH(QString, outcome);
         const QString signedIn = signIn(m_server.codeJson());
         QVERIFY2(signedIn.startsWith(outcome), qPrintable(signedIn));
+        const QByteArray key = QByteArray::fromBase64(ours.split(' ').value(2)); // as ssh-keygen -l prints it:
+        QVERIFY(outcome == SignedIn
+                || signedIn.contains(
+                    "SHA256:"
+                    + QCryptographicHash::hash(key, QCryptographicHash::Sha256).toBase64(QByteArray::OmitTrailingEquals)
+                    + "。"));
         QVERIFY(known.open(QIODevice::ReadOnly));
         QCOMPARE(known.readAll(), outcome == SignedIn && line != ours ? line + ours : line); // a new server is added
     }
@@ -165,6 +187,10 @@ private slots:
                  "SFTP mkdir(/user-01/ops/made) error:(-31)");
         m_backend->createDir("/user-01/ops/also"); // a folder made still reads as that failure
         QVERIFY(m_backend->hasError && m_server.modeOf("ops/also") & S_IFDIR);
+#ifdef Q_OS_UNIX // the name is sent in the local 8-bit encoding, UTF-8 here, cut to its count of characters
+        m_backend->createDir("/user-01/ops/中文abcd");
+        QVERIFY(m_server.modeOf("ops/中文") & S_IFDIR);
+#endif
         // A rename that works clears the earlier failure.
         m_backend->rename("/user-01/ops/made", "/user-01/ops/renamed");
         QVERIFY2(!m_backend->hasError, qPrintable(m_backend->lastError));

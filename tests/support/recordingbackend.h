@@ -74,8 +74,8 @@ public:
         for (const QString &name : names) {
             const QString size = QStringLiteral("%1 KB").arg(entries.size());
             const QDateTime modified(QDate(2026, 5, 6 + entries.size() % 20), QTime(7, 8, 9));
-            entries << new FileEntry { entries.size(), name,    folders.contains(name), QStringLiteral("标准存储"),
-                                       size,           modified };
+            entries << new FileEntry { entries.size(), name,     folders.contains(name), QStringLiteral("标准存储"),
+                                       size,           modified, "sftp://home/" + name };
         }
         return entries;
     }

@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QByteArrayList>
+#include <QDateTime>
 #include <QJsonObject>
 #include <QProcess>
 #include <QString>
@@ -45,7 +46,8 @@ public:
 
     // Made under /user-01 on the server's disk and owned by the test account, as if it had made them.
     bool makeDir(const QString &relative) const;
-    bool writeFile(const QString &relative, const QByteArray &content) const;
+    // With a modification time, the file is last read a year after it was last changed.
+    bool writeFile(const QString &relative, const QByteArray &content, const QDateTime &modified = {}) const;
     bool makeLink(const QString &target, const QString &relative) const;
     // The type and mode bits of an entry under /user-01 on the server's disk (st_mode); 0 when it is missing.
     unsigned modeOf(const QString &relative) const;

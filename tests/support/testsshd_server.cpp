@@ -177,11 +177,14 @@ bool TestSshd::makeDir(const QString &relative) const
     return ::mkdir(path.constData(), 0755) == 0 && ownByAccount(path);
 }
 
-bool TestSshd::writeFile(const QString &relative, const QByteArray &content) const
+bool TestSshd::writeFile(const QString &relative, const QByteArray &content, const QDateTime &modified) const
 {
     QFile file(homeOnDisk() + QLatin1Char('/') + relative);
     return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(content) == content.size()
-        && file.flush() && ownByAccount(QFile::encodeName(file.fileName()));
+        && file.flush() && ownByAccount(QFile::encodeName(file.fileName()))
+        && (!modified.isValid()
+            || (file.setFileTime(modified, QFileDevice::FileModificationTime)
+                && file.setFileTime(modified.addYears(1), QFileDevice::FileAccessTime)));
 }
 
 bool TestSshd::makeLink(const QString &target, const QString &relative) const
@@ -205,7 +208,10 @@ QByteArray TestSshd::answer(const QByteArrayList &request)
     if (method == "makeDir")
         return QByteArray::number(makeDir(first));
     if (method == "writeFile")
-        return QByteArray::number(writeFile(first, request.value(2)));
+        return QByteArray::number(writeFile(
+            first, request.value(2),
+            request.value(3).isEmpty() ? QDateTime()
+                                       : QDateTime::fromMSecsSinceEpoch(request.value(3).toLongLong(), Qt::UTC)));
     if (method == "makeLink")
         return QByteArray::number(makeLink(first, second));
     if (method == "modeOf")

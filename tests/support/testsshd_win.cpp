@@ -52,9 +52,10 @@ bool TestSshd::makeDir(const QString &relative) const
     return ask({ "makeDir", relative.toUtf8() }) == "1";
 }
 
-bool TestSshd::writeFile(const QString &relative, const QByteArray &content) const
+bool TestSshd::writeFile(const QString &relative, const QByteArray &content, const QDateTime &modified) const
 {
-    return ask({ "writeFile", relative.toUtf8(), content }) == "1";
+    const QByteArray time = modified.isValid() ? QByteArray::number(modified.toMSecsSinceEpoch()) : QByteArray();
+    return ask({ "writeFile", relative.toUtf8(), content, time }) == "1";
 }
 
 bool TestSshd::makeLink(const QString &target, const QString &relative) const

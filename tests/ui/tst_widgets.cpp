@@ -35,6 +35,10 @@ private slots:
         QTest::addColumn<QString>("shown");
         const int none = Qt::Key_Escape, enter = Qt::Key_Return, keypad = Qt::Key_Enter;
         QTest::newRow("new page count") << 30 << "" << none << Emitted() << "< [1] 2 3 4 5 6 … 28 29 30 >";
+        QTest::newRow("1 page") << 1 << "" << none << Emitted() << "< [1] >";
+        QTest::newRow("2 pages") << 2 << "" << none << Emitted() << "< [1] 2 >";
+        QTest::newRow("9 pages") << 9 << "" << none << Emitted() << "< [1] 2 3 4 5 6 7 8 9 >";
+        QTest::newRow("10 pages") << 10 << "" << none << Emitted() << "< [1] 2 3 4 5 6 … 8 9 10 >";
         QTest::newRow("keypad Enter") << 20 << "5" << keypad << Emitted { { 5 } } << "< 1 2 3 4 [5] 6 … 18 19 20 >";
         QTest::newRow("past the last") << 20 << "25" << enter << Emitted { { 20 } }
                                        << "< 1 2 3 … 15 16 17 18 19 [20] >";
