@@ -142,146 +142,99 @@ private slots:
         QTEST(cells.join('|') + " / " + m_backend->calls.join('|'), "cells");
     }
 
-    void actions_data()
+    void userActions_data()
     {
         QTest::addColumn<QString>("page"); // its navigation button
-        QTest::addColumn<QString>("action"); // ["row"] button, then the answer to each dialog: button[:typed]
-        QTest::addColumn<bool>("fail");
-        QTest::addColumn<QString>("seen"); // the back end's calls / the dialogs' texts
-        const QString save = "pushButtonSave", task = "pushButtonTask";
-        const QString refresh = "getFileInfo /home /home";
-        QTest::newRow("new folder") << save << "MkDir Yes:new Yes" << false
-                                    << "createDir /home/new|" + refresh + " / 文件夹名称：|新建文件夹成功";
-        QTest::newRow("new folder fails")
-            << save << "MkDir Yes:new Yes" << true << "createDir /home/new / 文件夹名称：|新建文件夹失败";
-        QTest::newRow("rename") << save << "row Rename Yes:new Yes" << false
-                                << "rename /home/entry1 /home/new|" + refresh + " / 重命名|改名成功";
-        QTest::newRow("rename fails") << save << "row Rename Yes:new Yes" << true
-                                      << "rename /home/entry1 /home/new / 重命名|folder operation failed";
-        QTest::newRow("delete") << save << "row Delete Yes" << false << "deleteFile /home/entry1 / 确认删除entry1";
-        QTest::newRow("delete declined") << save << "row Delete No" << false << " / 确认删除entry1";
-        QTest::newRow("copy link") << save << "row Copy" << false << " /  / sftp://home/entry1"; // the link alone
-        QTest::newRow("task continue") << task << "row Continue" << false << "continueTask 1 / ";
-        QTest::newRow("task delete") << task << "row Delete Yes" << false << "deleteTask 1 / 确认删除任务task1";
-        QTest::newRow("task filters") << task << "Refresh" << false << "refreshTask 2 3 / ";
-    }
-    void actions()
-    {
-        QFETCH(QString, page);
-        QFETCH(QString, action);
-        QTableWidget *t = open(page);
-        QWidget *shown = t->parentWidget();
-        QFETCH(bool, fail);
-        m_backend->failFolderOperations = fail;
-        const QStringList words = action.split(' ');
-        const int first = words.first() == "row" ? 1 : 0; // the button's word
-        QWidget *where = first ? t->cellWidget(1, t->columnCount() - 1) : shown;
-        for (const QString &answer : words.mid(first + 1))
-            m_answerer->answer("pushButton" + answer.section(':', 0, 0), answer.section(':', 1));
-        for (QComboBox *filter : shown->findChildren<QComboBox *>()) // changing a filter alone asks nothing
-            filter->setCurrentIndex(filter->objectName() == "comboBoxType" ? 2 : 3);
-        where->findChild<QPushButton *>("pushButton" + words.at(first))->click(); // copy links is kept out of view
-        QStringList dialogs;
-        for (const ModalAnswerer::Seen &seen : m_answerer->seen())
-            dialogs << seen.text;
-        const QString copied = action.contains("Copy") ? " / " + QGuiApplication::clipboard()->text() : QString();
-        QTEST(m_backend->calls.join('|') + " / " + dialogs.join('|') + copied, "seen");
-    }
-
-    void keys_data()
-    {
-        QTest::addColumn<QString>("page"); // its navigation button
-        QTest::addColumn<int>("row"); // the current row, in the table that has the focus
-        QTest::addColumn<QString>("keys"); // key sequences, and 'text typed where the focus is (_: a blank)
-        QTest::addColumn<QString>("answers"); // to the dialogs, in turn: button[:typed]
+        QTest::addColumn<int>("row"); // the current row (-1: none) of the table, which has the focus
+        // As the user gives it: a key sequence, 'text typed (_: a blank), @Button clicked (in the current row's
+        // action cell, else on the page), =Button:text answering the next dialog; "!": folder operations fail.
+        QTest::addColumn<QString>("input");
         QTest::addColumn<QString>("seen"); // the page then shown / the back end's calls / the dialogs' texts
-        const QString save = "pushButtonSave", task = "pushButtonTask";
-        const QString up = "pageSave / getFileInfo / ";
-        QTest::newRow("F5 refreshes") << save << 1 << "F5"
-                                      << ""
-                                      << "pageSave / getFileInfo /home  / ";
+        const QString save = "pushButtonSave", task = "pushButtonTask", up = "pageSave / getFileInfo / ";
+        const QString refresh = "|getFileInfo /home /home";
+        QTest::newRow("F5") << save << 1 << "F5"
+                            << "pageSave / getFileInfo /home  / ";
         QTest::newRow("Enter opens a folder") << save << 3 << "Return"
-                                              << ""
                                               << "pageSave / getFileInfo /home/entry3  / ";
         QTest::newRow("Enter on a file") << save << 1 << "Return"
-                                         << ""
                                          << "pageSave /  / ";
-        QTest::newRow("Enter on ..") << save << 0 << "Return"
-                                     << "" << up + " / ";
-        QTest::newRow("Backspace") << save << 1 << "Backspace"
-                                   << "" << up + " / ";
-        QTest::newRow("Alt+Up from the search box") << save << 1 << "Ctrl+F Alt+Up"
-                                                    << "" << up + " / ";
-        QTest::newRow("F2") << save << 1 << "F2"
-                            << "Yes:new Yes"
-                            << "pageSave / rename /home/entry1 /home/new|getFileInfo /home /home / 重命名|改名成功";
+        QTest::newRow("Enter on ..") << save << 0 << "Return" << up + " / ";
+        QTest::newRow("Backspace") << save << 1 << "Backspace" << up + " / ";
+        QTest::newRow("Alt+Up in the search box") << save << 1 << "Ctrl+F Alt+Up" << up + " / ";
+        QTest::newRow("F2") << save << 1 << "F2 =Yes:new =Yes"
+                            << "pageSave / rename /home/entry1 /home/new" + refresh + " / 重命名|改名成功";
+        QTest::newRow("rename fails") << save << 1 << "! F2 =Yes:new =Yes"
+                                      << "pageSave / rename /home/entry1 /home/new / 重命名|folder operation failed";
         QTest::newRow("F2 on ..") << save << 0 << "F2"
-                                  << ""
                                   << "pageSave /  / ";
-        QTest::newRow("Delete, current row") << save << 1 << "Del"
-                                             << "Yes"
-                                             << "pageSave / deleteFile /home/entry1 / 确认删除entry1";
-        QTest::newRow("Delete, checked rows") << save << 1 << "Space Down Space Del"
-                                              << "Yes"
+        QTest::newRow("Delete") << save << 1 << "Del =Yes"
+                                << "pageSave / deleteFile /home/entry1 / 确认删除entry1";
+        QTest::newRow("delete declined") << save << 1 << "@Delete =No"
+                                         << "pageSave /  / 确认删除entry1";
+        QTest::newRow("Delete, checked rows") << save << 1 << "Space Down Space Del =Yes"
                                               << "pageSave / deleteFile /home/entry1|deleteFile /home/entry2 / "
                                                  "确认删除entry1、entry2";
-        QTest::newRow("Ctrl+Shift+N") << save << -1 << "Ctrl+Shift+N"
-                                      << "Yes:new Yes"
-                                      << "pageSave / createDir /home/new|getFileInfo /home /home / "
-                                         "文件夹名称：|新建文件夹成功";
+        QTest::newRow("Ctrl+Shift+N") << save << -1 << "Ctrl+Shift+N =Yes:new =Yes"
+                                      << "pageSave / createDir /home/new" + refresh + " / 文件夹名称：|新建文件夹成功";
+        QTest::newRow("new folder fails") << save << -1 << "! @MkDir =Yes:new =Yes"
+                                          << "pageSave / createDir /home/new / 文件夹名称：|新建文件夹失败";
         QTest::newRow("F3, Enter searches") << save << 1 << "F3 '_ab_ Return"
-                                            << ""
                                             << "pageSave / getFileInfo /home ab / ";
         // Escape empties the search box and gives the keys back to the table.
         QTest::newRow("Escape") << save << 1 << "Ctrl+F 'ab Escape Backspace F5"
-                                << ""
                                 << "pageSave / getFileInfo / |getFileInfo /  / ";
+        QTest::newRow("copy link") << save << 1 << "@Copy"
+                                   << "pageSave /  / |sftp://home/entry1"; // the link alone
+        // The filters were changed, which alone asks nothing.
         QTest::newRow("task F5") << task << 1 << "F5"
-                                 << ""
-                                 << "pageTask / refreshTask 0 0 / ";
+                                 << "pageTask / refreshTask 2 3 / ";
         QTest::newRow("task Delete, none checked") << task << 1 << "Del"
-                                                   << ""
                                                    << "pageTask /  / 没有勾选需要删除的任务";
+        QTest::newRow("task row delete") << task << 1 << "@Delete =Yes"
+                                         << "pageTask / deleteTask 1 / 确认删除任务task1";
         QTest::newRow("task Enter pauses") << task << 0 << "Return"
-                                           << ""
                                            << "pageTask / pauseTask 0 / ";
         QTest::newRow("task Enter, finished") << task << 1 << "Return"
-                                              << ""
                                               << "pageTask /  / ";
         QTest::newRow("task Enter continues") << task << 3 << "Return"
-                                              << ""
                                               << "pageTask / continueTask 3 / ";
         QTest::newRow("downloads F5") << "pushButtonDownload" << -1 << "Ctrl+F 'a F5"
-                                      << ""
                                       << "pageDownload / refreshDown a / ";
         QTest::newRow("Ctrl+2, Ctrl+3") << save << -1 << "Ctrl+2 Ctrl+3"
-                                        << ""
                                         << "pageDownload /  / ";
     }
     // Each key does what its button or click does: the same call to the back end, the same dialog.
-    void keys()
+    void userActions()
     {
         QFETCH(QString, page);
         QFETCH(int, row);
-        QFETCH(QString, keys);
-        QFETCH(QString, answers);
+        QFETCH(QString, input);
         QTableWidget *t = open(page);
+        for (QComboBox *filter : t->parentWidget()->findChildren<QComboBox *>())
+            filter->setCurrentIndex(filter->objectName() == "comboBoxType" ? 2 : 3);
         t->setFocus();
         if (row >= 0)
             t->setCurrentCell(row, 2);
-        for (const QString &answer : answers.split(' ', Qt::SkipEmptyParts))
-            m_answerer->answer("pushButton" + answer.section(':', 0, 0), answer.section(':', 1));
-        for (const QString &key : keys.split(' ')) {
-            if (key.startsWith('\''))
-                QTest::keyClicks(QApplication::focusWidget(), key.mid(1).replace('_', ' '));
+        const QStringList words = input.split(' ');
+        m_backend->failFolderOperations = words.contains("!");
+        for (const QString &answer : words.filter(QRegularExpression("^=")))
+            m_answerer->answer("pushButton" + answer.mid(1).section(':', 0, 0), answer.section(':', 1));
+        for (const QString &word : words.filter(QRegularExpression("^[^=!]"))) {
+            if (word.startsWith('\''))
+                QTest::keyClicks(QApplication::focusWidget(), word.mid(1).replace('_', ' '));
+            else if (word.startsWith('@')) // the copy-link button is kept out of view
+                (row < 0 ? t->parentWidget() : t->cellWidget(row, t->columnCount() - 1))
+                    ->findChild<QPushButton *>("pushButton" + word.mid(1))
+                    ->click();
             else
-                QTest::keySequence(QApplication::focusWidget(), QKeySequence(key));
+                QTest::keySequence(QApplication::focusWidget(), QKeySequence(word));
         }
         QStringList dialogs;
         for (const ModalAnswerer::Seen &seen : m_answerer->seen())
             dialogs << seen.text;
+        const QString copied = input == "@Copy" ? '|' + QGuiApplication::clipboard()->text() : QString();
         const QString shown = m_main->findChild<QStackedWidget *>("stackedWidget")->currentWidget()->objectName();
-        QTEST(shown + " / " + m_backend->calls.join('|') + " / " + dialogs.join('|'), "seen");
+        QTEST(shown + " / " + m_backend->calls.join('|') + " / " + dialogs.join('|') + copied, "seen");
     }
 
     void checkedRows_data()
