@@ -8,26 +8,17 @@
 int qMain(int argc, char *argv[]);
 static QStringList atLogin; // the style sheet, a text of Qt's own, whether the login dialog is in view
 
-// Runs in the entry point's QApplication constructor: once the login dialog shows, notes what the user meets,
-// then closes it as a user who cancels would. Only the first showing counts, however fast the machine is.
+// Runs in the entry point's QApplication constructor. The one pass of its timer comes once the event loop
+// runs, with the login dialog shown: it notes what the user meets and cancels as a user would.
 static void closeLoginOnceShown()
 {
     WarningGuard::install();
-    struct LoginWatcher : QObject
-    {
-        using QObject::QObject;
-        bool eventFilter(QObject *watched, QEvent *event) override
-        {
-            auto *login = qobject_cast<VorLogin *>(watched);
-            if (login && event->type() == QEvent::Show && atLogin.isEmpty()) {
-                atLogin = QStringList { qApp->styleSheet(), QApplication::translate("QPlatformTheme", "Cancel"),
-                                        login->isVisible() ? "shown" : "hidden" };
-                QMetaObject::invokeMethod(login, &QWidget::close, Qt::QueuedConnection);
-            }
-            return false;
-        }
-    };
-    qApp->installEventFilter(new LoginWatcher(qApp));
+    QTimer::singleShot(0, qApp, [] {
+        VorLogin *login = VorData::instance()->loginDialog();
+        atLogin = QStringList { qApp->styleSheet(), QApplication::translate("QPlatformTheme", "Cancel"),
+                                login->isVisible() ? "shown" : "hidden" };
+        login->close();
+    });
 }
 Q_COREAPP_STARTUP_FUNCTION(closeLoginOnceShown)
 

@@ -48,15 +48,6 @@ private slots:
         QCOMPARE(data->getUserTips(), QString());
     }
 
-    void pagesShowTheStorageKind()
-    {
-        for (bool isPrivate : { true, false }) {
-            data->updateSaveLocation(!isPrivate, isPrivate);
-            for (QWidget *page : data->mainWindow()->findChildren<QWidget *>(QRegularExpression("^page(Save|Task)$")))
-                QCOMPARE(page->findChild<QPushButton *>("pushButtonPrivate")->isVisibleTo(page), isPrivate);
-        }
-    }
-
     void signIn_data()
     {
         QTest::addColumn<QString>("code");
@@ -104,8 +95,21 @@ private slots:
             // Built on the login worker, the back end now belongs to the window's thread and the facade.
             SdkObject *backend = VorSdk::instance()->backend();
             QVERIFY(backend->thread() == QThread::currentThread() && backend->parent() == VorSdk::instance());
-            QVERIFY(data->isPublic() && !data->isPrivate());
             QCOMPARE(window->findChild<QPushButton *>("pushButtonUser")->text(), backend->userName());
+            for (QWidget *page : window->findChildren<QWidget *>(QRegularExpression("^page(Save|Task)$")))
+                QVERIFY(page->findChild<QWidget *>("pushButtonPublic")->isVisibleTo(page)
+                        && !page->findChild<QWidget *>("pushButtonPrivate")->isVisibleTo(page));
+            // What the offline object store serves: its code's home folder and days left, and its sample rows.
+            const QDate expiry = QDateTime::fromMSecsSinceEpoch(4102444800000).date(); // in the default code
+            QVERIFY(window->findChild<QLabel *>("labelTips")
+                        ->text()
+                        .contains(QString(" %1 天").arg(QDate::currentDate().daysTo(expiry))));
+            QCOMPARE(window->findChild<QPushButton *>("pushButton_1")->text(), "tarn-demo");
+            QCOMPARE(window->findChild<QWidget *>("pageSave")->findChild<QTableWidget *>()->item(1, 3)->text(),
+                     "101KB");
+            QCOMPARE(window->findChild<QWidget *>("pageTask")->findChild<QTableWidget *>()->item(0, 2)->text(), "上传");
+            for (const TaskInfo *task : data->tasks())
+                QVERIFY(task->status != TaskFinished || task->progress == 100);
             // The download history is in place before its page is first opened.
             QCOMPARE(window->findChild<QWidget *>("pageDownload")->findChild<QTableWidget *>()->rowCount(), 22);
             window->hide();

@@ -91,12 +91,13 @@ private slots:
         login->findChild<QTextEdit *>("textEdit")->setPlainText(TestSshd::authCode(m_server.codeJson()));
         login->findChild<QPushButton *>("pushButtonLogin")->click(); // returns once signed in
         QWidget *window = VorData::instance()->mainWindow();
-        QVERIFY(window->isVisible());
+        QWidget *page = window->findChild<QWidget *>("pageSave");
+        QVERIFY(window->isVisible() && page->findChild<QWidget *>("pushButtonPrivate")->isVisible());
         QCOMPARE(VorSdk::instance()->backend()->thread(), QThread::currentThread());
 
         // The home folder as the storage page shows it: name, size and time. A name with a blank lists by its
         // first word, whose stat finds nothing; a time is the last change, not the last reading.
-        auto *table = window->findChild<QWidget *>("pageSave")->findChild<QTableWidget *>();
+        auto *table = page->findChild<QTableWidget *>();
         QStringList rows;
         for (int row = 0; row < table->rowCount(); ++row)
             rows << table->cellWidget(row, 1)->findChild<QLabel *>("label")->text() + '|' + table->item(row, 3)->text()
