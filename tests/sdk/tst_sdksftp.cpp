@@ -111,7 +111,7 @@ private slots:
         ModalAnswerer answerer;
         answerer.answer("pushButtonYes"); // 确认退出？
         window->findChild<QPushButton *>("pushButtonExit")->click();
-        QTRY_VERIFY2(m_server.output().contains(": Normal Shutdown"), qPrintable(m_server.output())); // the goodbye
+        QTRY_VERIFY2(m_server.output().contains(":11: Normal Shutdown"), qPrintable(m_server.output())); // goodbye
     }
 
     void refusedSignIn()
