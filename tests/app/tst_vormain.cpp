@@ -169,12 +169,21 @@ private slots:
             const bool focusable = widget->focusPolicy() & Qt::TabFocus;
             if (!widget->isVisibleTo(top) || (!focusable && !qobject_cast<QAbstractButton *>(widget)))
                 continue;
+            auto *button = qobject_cast<QAbstractButton *>(widget);
+            if (button && !button->icon().isNull()
+                && button->icon().pixmap(top->windowHandle(), button->iconSize()).devicePixelRatio()
+                    != top->devicePixelRatioF())
+                unnamed << widget->objectName() + " blurred";
             const QString name = QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name);
             if (name.size() < 2 || !name.contains(QRegularExpression("\\p{Han}")))
                 unnamed << widget->objectName() + " \"" + name + '"';
             if (focusable && widget != QApplication::focusWidget())
                 unfocused.insert(widget, widget->grab().toImage());
         }
+        for (auto *picture : top->findChildren<QLabel *>()) // drawn from a rendering at least as big as its place
+            if (picture->isVisibleTo(top) && !picture->pixmap(Qt::ReturnByValue).isNull()
+                && picture->pixmap(Qt::ReturnByValue).width() < picture->width() * picture->devicePixelRatioF())
+                unnamed << picture->objectName() + " blurred";
         for (auto *table : top->findChildren<QTableWidget *>()) // a reader names a column by its header
             for (int column = 0; table->isVisibleTo(top) && column < table->columnCount(); ++column)
                 if (QAccessible::queryAccessibleInterface(table)
@@ -209,11 +218,18 @@ private slots:
         } while (QApplication::focusWidget() != first && visited.size() < 30);
         QCOMPARE(visited.join(' '), tabs);
         QCOMPARE(unmarked.join(' '), QString()); // the focus shows on each
-        top->hide();
+        if (top != window)
+            top->hide();
     }
 
+    // On a screen of any scale (QT_FONT_DPI, as the system reports it): the windows follow it, each text fits, and
+    // the faces asked for are those Chinese Windows users know.
     void textsFit()
     {
+        QCOMPARE(window->devicePixelRatioF(), qEnvironmentVariableIntValue("QT_FONT_DPI") / 96.0);
+        QCOMPARE(window->font().families().mid(0, 3),
+                 QStringList({ "Microsoft YaHei UI", "Microsoft YaHei", "微软雅黑" }));
+        window->show();
         QTest::mouseClick(child("pushButtonSave"), Qt::LeftButton);
         VorData::instance()->updateSaveFileInfo(SdkSamples::files());
         QCoreApplication::processEvents(); // columns are sized again once the page is shown

@@ -64,6 +64,7 @@ private slots:
             R"({"storage":"sftp","userInfo":{"host":"127.0.0.1","port":"1","expireTime":"0"}})")
                                          << QStringLiteral("登录服务器失败，请检查你的授权码是否有效！\n错误信息：");
         QTest::newRow("storage in capitals") << codeOf(R"({"storage":"TARN","project":"a"})") << parseError;
+        QTest::newRow("SFTP in capitals") << codeOf(R"({"storage":"SFTP","project":"a"})") << parseError;
         QTest::newRow("repeated with escapes")
             << codeOf(R"({"storage":"tarn","project":"a","\u0070roj\u0065ct":"b"})") << parseError;
     }
