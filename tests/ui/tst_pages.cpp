@@ -198,8 +198,8 @@ private slots:
                                               << "pageTask /  / ";
         QTest::newRow("task Enter continues") << task << 3 << "Return"
                                               << "pageTask / continueTask 3 / ";
-        QTest::newRow("downloads F5") << "pushButtonDownload" << -1 << "Ctrl+F 'a F5"
-                                      << "pageDownload / refreshDown a / ";
+        QTest::newRow("downloads F5") << "pushButtonDownload" << -1 << "Ctrl+F '_a F5"
+                                      << "pageDownload / refreshDown  a / "; // as typed
         QTest::newRow("Ctrl+2, Ctrl+3") << save << -1 << "Ctrl+2 Ctrl+3"
                                         << "pageDownload /  / ";
     }
