@@ -146,7 +146,8 @@ private slots:
     {
         QTest::addColumn<QString>("page"); // its navigation button
         // As the user gives it: a key sequence, 'text typed (_: a blank), @Button clicked (in the current row's
-        // action cell, else on the page), =Button:text answering the next dialog; "!": folder operations fail.
+        // action cell, else on the page), [x] the current row's box clicked, =Button:text answering the next
+        // dialog; "!": folder operations fail.
         QTest::addColumn<QString>("input");
         QTest::addColumn<int>("row"); // the current row (-1: none) of the table, which has the focus
         // Another page shown then, the back end's calls / the dialogs' texts
@@ -166,6 +167,9 @@ private slots:
         QTest::newRow("F2 on ..") << save << "F2" << 0 << " / ";
         QTest::newRow("Delete") << save << "Del =Yes" << 1 << "deleteFile /home/entry1 / 确认删除entry1";
         QTest::newRow("delete declined") << save << "@Delete =No" << 1 << " / 确认删除entry1";
+        // ".." checked by its box is still not deleted.
+        QTest::newRow("Delete, .. checked")
+            << save << "[x] Down [x] Del =Yes" << 0 << "deleteFile /home/entry1 / 确认删除entry1";
         QTest::newRow("Delete, checked rows")
             << save << "Space Down Space Del =Yes" << 1
             << "deleteFile /home/entry1|deleteFile /home/entry2 / 确认删除entry1、entry2";
@@ -185,7 +189,7 @@ private slots:
         QTest::newRow("task Enter, finished") << task << "Return" << 1 << " / ";
         QTest::newRow("task Enter continues") << task << "Return" << 3 << "continueTask 3 / ";
         QTest::newRow("downloads F5") << "pushButtonDownload"
-                                      << "Ctrl+F '_a F5" << -1 << "refreshDown  a / "; // as typed
+                                      << "F3 '_a F5" << -1 << "refreshDown  a / "; // as typed
         QTest::newRow("Ctrl+2, Ctrl+3") << save << "Ctrl+2 Ctrl+3" << -1 << "pageDownload /  / ";
     }
     // Each key does what its button or click does: the same call to the back end, the same dialog.
@@ -209,6 +213,8 @@ private slots:
         for (const QString &word : words.filter(QRegularExpression("^[^=!]"))) {
             if (word.startsWith('\''))
                 QTest::keyClicks(QApplication::focusWidget(), word.mid(1).replace('_', ' '));
+            else if (word == "[x]") // a click on the current row's box
+                t->cellWidget(t->currentRow(), 0)->findChild<QCheckBox *>()->click();
             else if (word.startsWith('@')) // the copy-link button is kept out of view
                 (row < 0 ? t->parentWidget() : t->cellWidget(row, t->columnCount() - 1))
                     ->findChild<QPushButton *>("pushButton" + word.mid(1))
@@ -240,7 +246,7 @@ private slots:
         // Space checks the current row, except the parent folder's; Ctrl+A checks them all.
         QTest::newRow("Space") << false << QStringList { "key 0 Space", "key 3 Space", "key 5 Space", "key 5 Space" }
                                << QList<int> { 3 };
-        QTest::newRow("Ctrl+A") << true << QStringList { "key 2 Ctrl+A" } << all;
+        QTest::newRow("Ctrl+A") << true << QStringList { "key 2 Ctrl+A", "key 3 Space", "key 2 Ctrl+A" } << all;
     }
     // The storage page downloads the records of the checked rows; the task page deletes their tasks by id.
     void checkedRows()
