@@ -283,6 +283,7 @@ private slots:
         VorSdk::instance()->getFileInfo("/a/b/c/d/e/f/R&D", QString());
         // The last six levels; "&&" shows one "&" where a single one would underline the next letter.
         QCOMPARE(seen(bar), QStringLiteral("b / c / d / e / f / R&&D /"));
+        QCOMPARE(bar->findChild<QPushButton *>()->accessibleName(), "转到 /a/b"); // what a reader says of it
         QTest::mouseClick(bar->findChild<QPushButton *>(), Qt::LeftButton);
         QCOMPARE(m_backend->calls.last(), QStringLiteral("getFileInfo /a/b "));
     }
