@@ -190,7 +190,7 @@ private slots:
         QTest::newRow("task Enter continues") << task << "Return" << 3 << "continueTask 3 / ";
         QTest::newRow("downloads F5") << "pushButtonDownload"
                                       << "F3 '_a F5" << -1 << "refreshDown  a / "; // as typed
-        QTest::newRow("Ctrl+2, Ctrl+3") << save << "Ctrl+2 Ctrl+3" << -1 << "pageDownload /  / ";
+        QTest::newRow("Ctrl+3, Ctrl+1, Ctrl+2") << save << "Ctrl+3 Ctrl+1 Ctrl+2" << -1 << "pageTask /  / ";
     }
     // Each key does what its button or click does: the same call to the back end, the same dialog.
     void userActions()
