@@ -17,7 +17,7 @@ private slots:
     void init() { VorSdk::instance()->exit(); }
     void cleanup() { VERIFY_NO_QT_WARNINGS(); }
 
-    void storeKeepsItsTaskList()
+    void storeKeepsItsTaskListAndTip()
     {
         // Shared with the name of the record handed over: once the record is freed, this copy is alone.
         const QString name = QString::number(42);
@@ -38,10 +38,7 @@ private slots:
         data->updateTaskInfo({ new TaskInfo { 1 }, new TaskInfo { 2 } });
         data->updateTaskInfo(new TaskInfo { 1, name }); // in the place of the record it replaces
         QCOMPARE(data->tasks().first()->name, name);
-    }
-
-    void expiryTipShowsToTheLastDayAndAfter()
-    {
+        // The expiry tip to the last day and after it, and none when it is not asked for.
         data->updateUser(QStringLiteral("tarn"), -3, true);
         QCOMPARE(data->getUserTips(), "您的授权码有效期还有 -3 天，到期后若需要继续使用请联系业务管理员");
         data->updateUser(QStringLiteral("tarn"), 5, false);
@@ -57,6 +54,9 @@ private slots:
         const QString code = VorLogin::defaultCode();
         const QString parseError = QStringLiteral("授权码解析错误，请检查你的授权码是否正确！");
         QTest::newRow("default code") << code << QString();
+        // The decoded text ends at a zero byte: what follows it is not part of the document.
+        const QByteArray json = QByteArray::fromBase64(QByteArray::fromBase64(code.toLatin1()).mid(6));
+        QTest::newRow("zero byte after the document") << codeOf(json + QByteArray("\0}", 2)) << QString();
         QTest::newRow("blanks only") << QStringLiteral(" \n\t ") << QStringLiteral("授权码不能为空");
         // The dots are skipped by the decoding: only the length counts.
         QTest::newRow("largest length") << code.leftJustified(64 * 1024, QLatin1Char('.')) << QString();

@@ -2,7 +2,6 @@
 #include "support/modalanswerer.h"
 #include "support/warningguard.h"
 #include "ui/pagewidget.h"
-#include "ui/vorcommontool.h"
 #include "ui/vordialog.h"
 
 using Emitted = QList<QVariantList>; // what a signal spy saw
@@ -14,7 +13,7 @@ struct DialogCase // action: a button, Escape, or a close request (Alt+F4, the w
 };
 Q_DECLARE_METATYPE(DialogCase)
 
-// The shared widgets on their own: the pager, the dialogs and the base64 helpers.
+// The shared widgets on their own: the pager and the dialogs.
 class TestWidgets : public QObject
 {
     Q_OBJECT
@@ -85,7 +84,6 @@ private slots:
         QTest::newRow("message, X") << D { "message", "pushButtonClose", "", "[X][确定]", 0, "" };
         QTest::newRow("rename, no") << D { "rename", "pushButtonNo", "新名字", "[X][确定][取消]", 0, "新名字" };
         QTest::newRow("choice, Enter") << D { "choice", "Return", "", "[X][确定][取消]", 1, "" };
-        QTest::newRow("choice, Escape") << D { "choice", "Escape", "", "[X][确定][取消]", 0, "" };
         QTest::newRow("rename, Enter") << D { "rename", "Return", "新名字", "[X][确定][取消]", 1, "新名字" };
         QTest::newRow("wait, Escape") << D { "wait", "Escape", "", "", 1, "" };
         QTest::newRow("wait, Enter") << D { "wait", "Return", "", "", 1, "" };
@@ -128,13 +126,6 @@ private slots:
         if (ratio == 1 || ratio == 2)
             QCOMPARE(frame.toImage().convertToFormat(QImage::Format_RGB32),
                      drawing.convertToFormat(QImage::Format_RGB32));
-    }
-
-    void base64()
-    {
-        QCOMPARE(VorCommonTool::toBase64("授权"), QStringLiteral("5o6I5p2D"));
-        // Bytes read as Latin-1; a line break is skipped and a zero byte ends the text.
-        QCOMPARE(VorCommonTool::fromBase64("5o6I\n5p2DAGE="), QString::fromLatin1("\xe6\x8e\x88\xe6\x9d\x83"));
     }
 };
 
