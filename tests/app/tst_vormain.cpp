@@ -131,7 +131,7 @@ private slots:
         // The screen's scale as the system reports it (QT_FONT_DPI), and the faces Chinese Windows users know.
         QCOMPARE(top->devicePixelRatioF(), qEnvironmentVariableIntValue("QT_FONT_DPI") / 96.0);
         QCOMPARE(top->font().families().mid(0, 3),
-                 QStringList({ "Microsoft YaHei UI", "Microsoft YaHei", "微软雅黑" }));
+                 QStringList({ "Microsoft YaHei UI", "Microsoft YaHei", "PingFang SC" }));
 
         QStringList unnamed;
         QHash<QWidget *, QPair<int, int>> unfocused; // pixels of the focus ring's two blues, without the focus
