@@ -16,6 +16,7 @@
 #include <QCursor>
 #include <QScreen>
 #include <QShowEvent>
+#include <QTableWidget>
 
 namespace {
 
@@ -87,6 +88,7 @@ void VorMain::showForSession()
     show();
     raise();
     activateWindow();
+    ui->stackedWidget->currentWidget()->findChild<QTableWidget *>()->setFocus(Qt::ActiveWindowFocusReason);
 }
 
 void VorMain::showEvent(QShowEvent *event)
@@ -141,17 +143,24 @@ void VorMain::on_pushButtonMax_clicked(bool checked)
 
 void VorMain::on_pushButtonSave_clicked()
 {
-    ui->stackedWidget->setCurrentWidget(ui->pageSave);
+    openPage(ui->pageSave);
 }
 
 void VorMain::on_pushButtonTask_clicked()
 {
-    ui->stackedWidget->setCurrentWidget(ui->pageTask);
+    openPage(ui->pageTask);
 }
 
 void VorMain::on_pushButtonDownload_clicked()
 {
-    ui->stackedWidget->setCurrentWidget(ui->pageDownload);
+    openPage(ui->pageDownload);
+}
+
+// The page opened takes the keys in its table, as a file explorer's list does.
+void VorMain::openPage(QWidget *page)
+{
+    ui->stackedWidget->setCurrentWidget(page);
+    page->findChild<QTableWidget *>()->setFocus(Qt::OtherFocusReason);
 }
 
 void VorMain::on_pushButtonExit_clicked()

@@ -44,6 +44,8 @@ protected:
     void showEvent(QShowEvent *event) override;
 
 private:
+    void openPage(QWidget *page);
+
     std::unique_ptr<Ui::VorMain> ui;
 };
 

@@ -122,9 +122,9 @@ private slots:
             QStringList checked;
             for (QPushButton *button : child<QWidget>("widgetMainLeft")->findChildren<QPushButton *>())
                 checked << (button->isChecked() ? button->objectName() : QString());
-            QCOMPARE(checked.join(' ').simplified() + ' '
-                         + child<QStackedWidget>("stackedWidget")->currentWidget()->objectName(),
-                     shown + " page" + shown.mid(10));
+            QWidget *page = child<QStackedWidget>("stackedWidget")->currentWidget();
+            QCOMPARE(checked.join(' ').simplified() + ' ' + page->objectName(), shown + " page" + shown.mid(10));
+            QCOMPARE(QApplication::focusWidget(), page->findChild<QTableWidget *>()); // the keys go to its rows
             const QImage button = child(shown)->grab().toImage();
             QCOMPARE(button.pixelColor(QPoint(16, 12) * button.devicePixelRatio()), QColor("#1890FF"));
         }
