@@ -4,7 +4,6 @@
 #include "ops/vorsdk.h"
 #include "sdk/sdksamples.h"
 #include "support/modalanswerer.h"
-#include "support/recordingbackend.h"
 #include "support/warningguard.h"
 
 // The width a shown button or line edit leaves its text once the style's borders and padding are off.
@@ -61,25 +60,6 @@ private slots:
             }
             QCOMPARE(window->pos(), maximised ? before : before + QPoint(50, 20));
         }
-    }
-
-    void logoutAndSignInAgain()
-    {
-        QPointer<RecordingBackend> backend = new RecordingBackend;
-        VorSdk::instance()->adoptBackend(backend);
-        QElapsedTimer sinceDeleted;
-        connect(backend, &QObject::destroyed, [&sinceDeleted] { sinceDeleted.start(); }); // on the logout worker
-        window->showMinimized();
-        ModalAnswerer answerer;
-        answerer.answer("pushButtonYes");
-        answerer.answer(QString()); // the wait dialog closes when the worker is done
-        QTest::mouseClick(child("pushButtonExit"), Qt::LeftButton);
-        QCOMPARE(answerer.seen().value(1).title, QStringLiteral("退出中"));
-        QVERIFY(backend.isNull() && !VorSdk::instance()->backend());
-        QVERIFY(sinceDeleted.elapsed() >= 500); // the worker lingers so that the wait dialog does not flash
-        QVERIFY(login->isVisible() && !window->isVisible());
-        login->loginMessage(QString()); // what a successful sign-in reports
-        QVERIFY(!login->isVisible() && window->isVisible() && !window->isMinimized());
     }
 
     void eachWindow_data()

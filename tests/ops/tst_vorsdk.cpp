@@ -91,7 +91,7 @@ private slots:
         if (!message.isEmpty()) // the worker answers half a second after the login, so the wait does not flash
             QVERIFY(answerer.seen().value(1).shownAt - answerer.seen().value(0).shownAt >= 450);
         QWidget *window = data->mainWindow();
-        QCOMPARE(window->isVisible(), message.isEmpty());
+        QCOMPARE(window->isVisible() && !window->isMinimized(), message.isEmpty()); // as the user left it
         if (message.isEmpty()) {
             // Built on the login worker, the back end now belongs to the window's thread and the facade.
             SdkObject *backend = VorSdk::instance()->backend();
@@ -113,7 +113,16 @@ private slots:
                 QVERIFY(task->status != TaskFinished || task->progress == 100);
             // The download history is in place before its page is first opened.
             QCOMPARE(window->findChild<QWidget *>("pageDownload")->findChild<QTableWidget *>()->rowCount(), 22);
-            window->hide();
+            // Out again from the minimised window: the logout worker frees the back end and lingers, so that
+            // the wait does not flash, and the login window is back.
+            QElapsedTimer sinceFreed;
+            connect(backend, &QObject::destroyed, [&sinceFreed] { sinceFreed.start(); });
+            window->showMinimized();
+            answerer.answer(QString()); // 确认退出？ takes the Yes no error dialog took
+            window->findChild<QPushButton *>("pushButtonExit")->click();
+            QCOMPARE(answerer.seen().value(2).title, "退出中");
+            QVERIFY(!VorSdk::instance()->backend() && sinceFreed.elapsed() >= 500);
+            QVERIFY(dialog->isVisible() && !window->isVisible());
         }
     }
 
