@@ -66,24 +66,18 @@ private slots:
     {
         QTest::addColumn<QString>("shown"); // a page of the main window, the login window or a dialog
         QTest::addColumn<QString>("tabs"); // the controls Tab visits, in turn
-        const QString top = "pushButtonExit pushButtonSave pushButtonTask pushButtonDownload ", table = " tableWidget";
-        const QString pager = table + " previousPageLabel nextPageLabel pageLineEdit", save = "pushButtonSave";
-        const QString login = "login", rename = "rename";
-        QTest::newRow("storage page") << save
-                                      << top
-                + "pushButton_1 pushButtonUp pushButtonDown pushButtonMkDir "
-                  "lineEdit pushButtonRefresh"
-                + table;
-        QTest::newRow("task page") << "pushButtonTask"
+        const QString top = "pushButtonExit pushButtonSave pushButtonTask pushButtonDownload ", login = "login";
+        const QString pager = " tableWidget previousPageLabel nextPageLabel pageLineEdit", rename = "rename";
+        const QString storage = top + "pushButton_1 pushButtonUp pushButtonDown pushButtonMkDir lineEdit";
+        QTest::newRow("storage page") << QString("pushButtonSave") << storage + " pushButtonRefresh tableWidget";
+        QTest::newRow("task page") << QString("pushButtonTask")
                                    << top + "pushButtonDelete comboBoxType comboBoxStatus pushButtonRefresh" + pager;
-        QTest::newRow("download page") << "pushButtonDownload" << top + "lineEdit pushButtonRefresh" + pager;
+        QTest::newRow("download page") << QString("pushButtonDownload") << top + "lineEdit pushButtonRefresh" + pager;
         QTest::newRow("login") << login << "textEdit pushButtonLogin";
         QTest::newRow("rename dialog") << rename << "lineEditRename pushButtonYes pushButtonNo";
     }
-    // Each window as its user meets it, at the screen's scale: every text fits, every picture is as fine as the
-    // screen, the border shows all round, every control a keyboard or a screen reader reaches (and every button)
-    // has a Chinese name, the tables name their columns, and Tab visits the controls in reading order, each
-    // showing the focus.
+    // Each window as its user meets it at the screen's scale: texts that fit, pictures as fine as the screen, a
+    // Chinese name for every control and column, and Tab in reading order, each control showing the focus.
     void eachWindow()
     {
         QFETCH(QString, shown);
@@ -143,24 +137,19 @@ private slots:
             if (picture->isVisibleTo(top) && !picture->pixmap(Qt::ReturnByValue).isNull()
                 && picture->pixmap(Qt::ReturnByValue).width() < picture->width() * picture->devicePixelRatioF())
                 unnamed << picture->objectName() + " blurred";
-        for (auto *table : top->findChildren<QTableWidget *>()) // a reader names a column by its header
+        for (auto *table : top->findChildren<QTableWidget *>()) { // a reader names a column by its header
+            QAccessibleTableInterface *cells = QAccessible::queryAccessibleInterface(table)->tableInterface();
             for (int column = 0; table->isVisibleTo(top) && column < table->columnCount(); ++column)
-                if (QAccessible::queryAccessibleInterface(table)
-                        ->tableInterface()
-                        ->cellAt(0, column)
-                        ->tableCellInterface()
-                        ->columnHeaderCells()
-                        .value(0)
-                        ->text(QAccessible::Name)
-                        .isEmpty())
+                if (cells->cellAt(0, column)->tableCellInterface()->columnHeaderCells()[0]->text(QAccessible::Name)
+                    == "")
                     unnamed << table->accessibleName() + QString(" column %1").arg(column);
+        }
         QCOMPARE(unnamed.join(", "), QString());
-        // At any scale (QT_SCALE_FACTOR) the frameless window shows its border all round.
+        // At any scale the frameless window shows its border all round: its left, right, top and bottom edges.
         const QImage image = top->grab().toImage();
-        const int right = image.width() - 1, bottom = image.height() - 1;
+        const int w = image.width() - 1, h = image.height() - 1;
         QStringList edges;
-        for (const QPoint &edge :
-             { QPoint(0, bottom / 2), QPoint(right, bottom / 2), QPoint(right / 2, 0), QPoint(right / 2, bottom) })
+        for (const QPoint &edge : { QPoint(0, h / 2), QPoint(w, h / 2), QPoint(w / 2, 0), QPoint(w / 2, h) })
             edges << image.pixelColor(edge).name();
         QCOMPARE(edges.join(' '), QString("#c5ced9 ").repeated(4).trimmed());
 
