@@ -171,9 +171,8 @@ private slots:
             top->hide();
     }
 
-    // The program's own names as they stand; the style sheet reaches the widgets of every window by object name
-    // (their rows filled by the walk above), so a renamed form object silently loses its style; every picture has
-    // its twice-size rendering.
+    // The program's own names as they stand; every style sheet selector names a widget (the walk above filled the
+    // rows), as a renamed form object silently loses its style; every picture has its twice-size rendering.
     void namesStyleAndPictures()
     {
         for (const char *page : { "pushButtonTask", "pushButtonSave" }) // each page makes the cells of its rows

@@ -72,9 +72,8 @@ private slots:
         SdkSftp::exit();
     }
 
-    // First, while no session has ended yet: the server's log then shows this one's goodbye. Through the
-    // windows, as a user signs in and out: the session is opened on the login worker and used and ended
-    // elsewhere, without a word from Qt about threads.
+    // First, so the server's log shows this session's goodbye alone. Through the windows: the session is opened on
+    // the login worker and used and ended elsewhere, without a word from Qt about threads.
     void signInAndOutThroughTheWindows()
     {
         const QDateTime modified(QDate(2021, 2, 3), QTime(4, 5, 6), Qt::UTC);

@@ -19,9 +19,8 @@ public:
     };
 
     ModalAnswerer() { qApp->installEventFilter(this); }
-    // Types into the input line unless typed is null, then clicks "pushButtonYes", "pushButtonNo" or
-    // "pushButtonClose", presses "Escape" or "Return" or asks the window to "close" as the window manager does; an
-    // empty name only looks and lets the dialog close by itself (the wait dialog).
+    // Types into the input line unless typed is null, then clicks "pushButtonYes", "pushButtonNo" or "pushButtonClose",
+    // presses "Escape" or "Return", or asks the window to "close"; an empty name only looks (the wait dialog).
     void answer(const QString &button, const QString &typed = QString()) { m_answers.append({ button, typed }); }
     const QList<Seen> &seen() const { return m_seen; }
     // Set, a dialog with no answer queued is noted and closed, so that a test fails on it instead of hanging.

@@ -8,18 +8,12 @@
 #include <QString>
 #include <QTemporaryDir>
 
-// A private OpenSSH server for the SFTP tests: Debian's sshd in the foreground on a free loopback port,
-// the internal SFTP server only (with no umask, so the modes the client asks for show unmasked), and a
-// chroot whose /user-01 belongs to a test account that logs in by password (or, for OpenSSH's own client,
-// by key). Beside it, the scripted server (tests/sdk/scriptedsftpserver.py) that plays what OpenSSH never
-// does, in the mode its user name asks for.
-//
-// sshd insists that every folder above a chroot is root-owned and writable by root only, so the chroot
-// lives under /var/lib/ombrivane-test rather than under /tmp. Creating the account and running sshd need
-// root; start() says why when the server cannot run.
-//
-// A Windows build, run under Wine, has no sshd of its own: testsshdhost starts the servers on the Linux side
-// and the Windows TestSshd (testsshd_win.cpp) asks it about them over loopback.
+// A private OpenSSH server for the SFTP tests: Debian's sshd on a free loopback port, its internal SFTP server
+// with no umask (the modes asked for show unmasked), a chroot under /var/lib/ombrivane-test (sshd wants every
+// folder above it root's alone) whose /user-01 belongs to a test account that logs in by password (OpenSSH's
+// own client by key); beside it the scripted server (tests/sdk/scriptedsftpserver.py) that plays what OpenSSH
+// never does, as its user name asks. It needs root; start() says why when it cannot run. Under Wine the
+// servers are on the Linux side: testsshdhost starts them and answers testsshd_win.cpp's questions.
 class TestSshd
 {
 public:

@@ -70,9 +70,8 @@ bool TestSshd::start(QString *whyNot)
 {
     if (::geteuid() != 0 || !QFileInfo::exists(QStringLiteral("/usr/sbin/sshd")) || !m_configDir.isValid())
         return fail(whyNot, QStringLiteral("needs root and /usr/sbin/sshd (Debian package openssh-server)"));
-    // The client under test records each server's key in the user's configuration. Tests keep theirs in a
-    // folder of their own process (Qt's test locations lie below the home folder), never in the user's, and
-    // two suites run side by side never meet in one known-hosts file.
+    // The known hosts the client records lie in a folder of this process (Qt's test locations are below the home
+    // folder), never in the user's, and two suites run side by side never share one.
     static QTemporaryDir privateHome;
     qputenv("HOME", QFile::encodeName(privateHome.path()));
     QStandardPaths::setTestModeEnabled(true);

@@ -1,8 +1,5 @@
-// Runs a Windows build of the SFTP test under Wine against the test servers of this machine: starts them,
-// answers the test's questions about them on a loopback port (testsshd_win.cpp), runs the command given
-// and ends with its exit code.
-//
-//   testsshdhost COMMAND [ARGUMENT...]
+// testsshdhost COMMAND [ARGUMENT...]: runs a Windows build of the SFTP test under Wine against this machine's
+// test servers, answering its questions about them on a loopback port (testsshd_win.cpp); ends with its code.
 
 #include "support/testsshd.h"
 
