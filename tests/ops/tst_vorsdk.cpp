@@ -58,19 +58,17 @@ private slots:
         const QString code = VorLogin::defaultCode();
         const QString parseError = QStringLiteral("授权码解析错误，请检查你的授权码是否正确！");
         QTest::newRow("default code") << code << QString();
-        // The decoded text ends at a zero byte: what follows it is not part of the document.
         const QByteArray json = QByteArray::fromBase64(QByteArray::fromBase64(code.toLatin1()).mid(6));
-        QTest::newRow("zero byte after the document") << codeOf(json + QByteArray("\0}", 2)) << QString();
+        QTest::newRow("a zero byte ends the document") << codeOf(json + QByteArray("\0}", 2)) << QString();
         QTest::newRow("blanks only") << QStringLiteral(" \n\t ") << QStringLiteral("授权码不能为空");
-        // The dots are skipped by the decoding: only the length counts.
-        QTest::newRow("largest length") << code.leftJustified(64 * 1024, QLatin1Char('.')) << QString();
-        QTest::newRow("nothing listens") << codeOf(
-            R"({"storage":"sftp","userInfo":{"host":"127.0.0.1","port":"1","expireTime":"0"}})")
-                                         << QStringLiteral("登录服务器失败，请检查你的授权码是否有效！\n错误信息：");
+        QTest::newRow("largest length, dots skipped") << code.leftJustified(64 * 1024, QLatin1Char('.')) << QString();
+        const QString noServer = codeOf(R"({"storage":"sftp","userInfo":{"host":"127.0.0.1","port":"1"}})");
+        QTest::newRow("nothing listens") << noServer
+                                         << QString("登录服务器失败，请检查你的授权码是否有效！\n错误信息：");
         QTest::newRow("storage in capitals") << codeOf(R"({"storage":"TARN","project":"a"})") << parseError;
         QTest::newRow("SFTP in capitals") << codeOf(R"({"storage":"SFTP","project":"a"})") << parseError;
-        QTest::newRow("repeated with escapes")
-            << codeOf(R"({"storage":"tarn","project":"a","\u0070roj\u0065ct":"b"})") << parseError;
+        QTest::newRow("repeated key") << codeOf(R"({"storage":"tarn","project":"a","\u0070roj\u0065ct":"b"})")
+                                      << parseError;
     }
 
     void signIn()

@@ -119,8 +119,7 @@ private slots:
         QTest::addColumn<QString>("outcome"); // how the second sign-in ends, or how its refusal begins
         QTest::newRow("known key") << "here ours" << SignedIn;
         // It may be an impostor, so the password is not sent. Its entry follows another server's.
-        QTest::newRow("another key for this server")
-            << "127.0.0.1 other\nhere other" << QStringLiteral("服务器的身份已改变");
+        QTest::newRow("another key for this server") << "127.0.0.1 other\nhere other" << QString("服务器的身份已改变");
         // OpenSSH names a server on another port [host]:port alone: this one has not been met before.
         QTest::newRow("another key for the server on port 22") << "127.0.0.1 other" << SignedIn;
         QTest::newRow("a line longer than most, kept whole") << "127.0.0.1 other long" << SignedIn;
@@ -240,15 +239,13 @@ private slots:
         QTest::addColumn<QString>("mode");
         QTest::addColumn<QStringList>("names");
         QTest::addColumn<QString>("error");
-        QTest::newRow("entry after a 600-byte name")
-            << "longname" << QStringList { "a", "b", QString(600, 'L') } << QString();
+        const QString none, silent = "服务器已2秒没有响应，连接已失效，请退出后重新登录！";
+        QTest::newRow("after a 600-byte name") << "longname" << QStringList { "a", "b", QString(600, 'L') } << none;
         // Each reply well inside the time-out, all of them together well beyond it.
-        QTest::newRow("slow but answering")
-            << "slow" << QStringList { "s0", "s1", "s2", "s3", "s4", "s5" } << QString();
-        QTest::newRow("silent mid-listing") << "stall" << QStringList { "e0", "e1", "e2", "e3", "e4" }
-                                            << "服务器已2秒没有响应，连接已失效，请退出后重新登录！";
-        QTest::newRow("endless folder is cut") << "endless" << QStringList { "n0", "n1", "n2", "n3", "n4", "n5", "n6" }
-                                               << "文件夹内容超过7项，只显示了前7项！";
+        QTest::newRow("slow but answering") << "slow" << QStringList { "s0", "s1", "s2", "s3", "s4", "s5" } << none;
+        QTest::newRow("silent mid-listing") << "stall" << QStringList { "e0", "e1", "e2", "e3", "e4" } << silent;
+        const QStringList seven { "n0", "n1", "n2", "n3", "n4", "n5", "n6" };
+        QTest::newRow("endless folder is cut") << "endless" << seven << QString("文件夹内容超过7项，只显示了前7项！");
     }
     void misbehavingServer()
     {

@@ -101,27 +101,23 @@ private slots:
         // As read, column by column ("<": a text not centred), then what a click on the name asks of the back end.
         QTest::addColumn<QString>("cells");
         const QString save = "pushButtonSave";
-        QTest::newRow("parent folder, no actions")
-            << save << 0 << "[ ]|widgetDir ..|标准存储|0 KB|2026/05/06 07:08:09| / getFileInfo / ";
+        QTest::newRow("..") << save << 0 << "[ ]|widgetDir ..|标准存储|0 KB|2026/05/06 07:08:09| / getFileInfo / ";
         const QString entry = "[ ]|widget%1 entry%2|标准存储|%2 KB|2026/05/%3 07:08:09|下载 entry%2 删除 重命名 / ";
         QTest::newRow("file, cells reused") << save << Rows - 2 << entry.arg("File").arg(Rows - 2).arg(24);
-        QTest::newRow("folder, cells reused")
-            << save << Rows - 1 << entry.arg("Dir").arg(Rows - 1).arg(25) + "getFileInfo /home/entry59 ";
+        QTest::newRow("folder, reused") << save << Rows - 1
+                                        << entry.arg("Dir").arg(Rows - 1).arg(25) + "getFileInfo /home/entry59 ";
         // Tasks by status (4: none a back end sends): kind and name, type, status, size, icon, bar and colour.
         const QStringList tasks { "widgetDir task0|上传|下载中|0 MB|widgetIconBlank 40 #1890FF",
                                   "widgetFile task1|下载|已完成|1 MB|widgetIconFinish 100 #95F204",
                                   "widgetDir task2|上传|失败|2 MB|widgetIconFail 42 #D9001B",
                                   "widgetFile task3|下载|暂停|3 MB|widgetIconBlank 43 #1890FF",
                                   "widgetDir task4|上传|未知|4 MB|widgetIconBlank 44 #8C8C8C" };
+        const QString task = "[ ]|%1|2026/01/0%2 13:04:05|开始 task%3 暂停 task%3 删除 task%3 继续 / ";
         for (int i = 0; i < tasks.size(); ++i)
-            QTest::newRow(qPrintable(tasks.at(i).section('|', 2, 2)))
-                << "pushButtonTask" << i
-                << QString("[ ]|%1|2026/01/0%2 13:04:05|开始 task%3 暂停 task%3 删除 task%3 继续 / ")
-                       .arg(tasks.at(i))
-                       .arg(i + 2)
-                       .arg(i);
-        QTest::newRow("download") << "pushButtonDownload" << 2
-                                  << "2|down2|2026-03-03 23:59:58|2026-03-04 02:02:00|2 KB|02:02:02 / ";
+            QTest::newRow(qPrintable(tasks[i].section('|', 2, 2)))
+                << "pushButtonTask" << i << task.arg(tasks[i]).arg(i + 2).arg(i);
+        const QString download = "2|down2|2026-03-03 23:59:58|2026-03-04 02:02:00|2 KB|02:02:02 / ";
+        QTest::newRow("download") << "pushButtonDownload" << 2 << download;
     }
     void rows()
     {
@@ -154,7 +150,8 @@ private slots:
         QTest::addColumn<int>("row"); // the current row (-1: none) of the table, which has the focus
         // Another page shown then, the back end's calls / the dialogs' texts
         QTest::addColumn<QString>("seen");
-        const QString save = "pushButtonSave", task = "pushButtonTask", up = "getFileInfo / ";
+        const QString save = "pushButtonSave", task = "pushButtonTask", downloads = "pushButtonDownload";
+        const QString up = "getFileInfo / ", renamed = "rename /home/entry1 /home/new";
         const QString refresh = "|getFileInfo /home /home";
         QTest::newRow("F5") << save << "F5" << 1 << "getFileInfo /home  / ";
         QTest::newRow("Enter opens a folder") << save << "Return" << 3 << "getFileInfo /home/entry3  / ";
@@ -162,23 +159,22 @@ private slots:
         QTest::newRow("Enter on ..") << save << "Return" << 0 << up + " / ";
         QTest::newRow("Backspace, nothing above the root") << save << "Backspace Backspace" << 1 << up + " / ";
         QTest::newRow("Alt+Up in the search box") << save << "Ctrl+F Alt+Up" << 1 << up + " / ";
-        QTest::newRow("F2") << save << "F2 =Yes:new =Yes" << 1
-                            << "rename /home/entry1 /home/new" + refresh + " / 重命名|改名成功";
+        QTest::newRow("F2") << save << "F2 =Yes:new =Yes" << 1 << renamed + refresh + " / 重命名|改名成功";
         QTest::newRow("rename fails") << save << "! F2 =Yes:new =Yes" << 1
-                                      << "rename /home/entry1 /home/new / 重命名|folder operation failed";
+                                      << renamed + " / 重命名|folder operation failed";
         QTest::newRow("F2 on ..") << save << "F2" << 0 << " / ";
         QTest::newRow("Delete") << save << "Del =Yes" << 1 << "deleteFile /home/entry1 / 确认删除entry1";
         QTest::newRow("delete declined") << save << "@Delete =No" << 1 << " / 确认删除entry1";
         // ".." checked by its box is still not deleted.
-        QTest::newRow("Delete, .. checked")
-            << save << "[x] Down [x] Del =Yes" << 0 << "deleteFile /home/entry1 / 确认删除entry1";
+        QTest::newRow(".. checked") << save << "[x] Down [x] Del =Yes" << 0
+                                    << "deleteFile /home/entry1 / 确认删除entry1";
         QTest::newRow("Delete, checked rows")
             << save << "Space Down Space Del =Yes" << 1
             << "deleteFile /home/entry1|deleteFile /home/entry2 / 确认删除entry1、entry2";
         QTest::newRow("Ctrl+Shift+N") << save << "Ctrl+Shift+N =Yes:new =Yes" << -1
                                       << "createDir /home/new" + refresh + " / 文件夹名称：|新建文件夹成功";
-        QTest::newRow("new folder fails")
-            << save << "! @MkDir =Yes:new =Yes" << -1 << "createDir /home/new / 文件夹名称：|新建文件夹失败";
+        QTest::newRow("mkdir fails") << save << "! @MkDir =Yes:new =Yes" << -1
+                                     << "createDir /home/new / 文件夹名称：|新建文件夹失败";
         QTest::newRow("F3, Enter searches") << save << "F3 '_ab_ Return" << 1 << "getFileInfo /home ab / ";
         // Escape empties the search box and gives the keys back to the table.
         QTest::newRow("Escape") << save << "Ctrl+F 'ab Escape Backspace F5" << 1 << "getFileInfo / |getFileInfo /  / ";
@@ -190,8 +186,7 @@ private slots:
         QTest::newRow("task Enter pauses") << task << "Return" << 0 << "pauseTask 0 / ";
         QTest::newRow("task Enter, finished") << task << "Return" << 1 << " / ";
         QTest::newRow("task Enter continues") << task << "Return" << 3 << "continueTask 3 / ";
-        QTest::newRow("downloads F5") << "pushButtonDownload"
-                                      << "F3 '_a F5" << -1 << "refreshDown  a / "; // as typed
+        QTest::newRow("downloads F3, F5") << downloads << "F3 '_a F5" << -1 << "refreshDown  a / "; // as typed
         QTest::newRow("Ctrl+3, Ctrl+1, Ctrl+2") << save << "Ctrl+3 Ctrl+1 Ctrl+2" << -1 << "pageTask /  / ";
     }
     // Each key does what its button or click does: the same call to the back end, the same dialog.

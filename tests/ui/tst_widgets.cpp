@@ -36,19 +36,17 @@ private slots:
         QTest::addColumn<int>("key");
         QTest::addColumn<Emitted>("announced");
         QTest::addColumn<QString>("shown");
-        const int none = Qt::Key_Escape, enter = Qt::Key_Return, keypad = Qt::Key_Enter;
+        const int none = Qt::Key_Escape, enter = Qt::Key_Return, keypad = Qt::Key_Enter, right = Qt::Key_Right;
         QTest::newRow("new page count") << 30 << "" << none << Emitted() << "< [1] 2 3 4 5 6 … 28 29 30 >";
         QTest::newRow("1 page") << 1 << "" << none << Emitted() << "< [1] >";
         QTest::newRow("2 pages") << 2 << "" << none << Emitted() << "< [1] 2 >";
         QTest::newRow("9 pages") << 9 << "" << none << Emitted() << "< [1] 2 3 4 5 6 7 8 9 >";
         QTest::newRow("10 pages") << 10 << "" << none << Emitted() << "< [1] 2 3 4 5 6 … 8 9 10 >";
         QTest::newRow("keypad Enter") << 20 << "5" << keypad << Emitted { { 5 } } << "< 1 2 3 4 [5] 6 … 18 19 20 >";
-        QTest::newRow("past the last") << 20 << "25" << enter << Emitted { { 20 } }
-                                       << "< 1 2 3 … 15 16 17 18 19 [20] >";
+        QTest::newRow("past last") << 20 << "25" << enter << Emitted { { 20 } } << "< 1 2 3 … 15 16 17 18 19 [20] >";
         QTest::newRow("no Enter") << 20 << "10" << none << Emitted() << "< 1 2 3 … 6 [7] 8 … 18 19 20 >";
         // "<" and ">": the key goes to the previous or next label, which Tab reaches.
-        QTest::newRow("Right") << 20 << ">" << int(Qt::Key_Right) << Emitted { { 8 } }
-                               << "< 1 2 3 … 7 [8] 9 … 18 19 20 >";
+        QTest::newRow("Right") << 20 << ">" << right << Emitted { { 8 } } << "< 1 2 3 … 7 [8] 9 … 18 19 20 >";
         QTest::newRow("Space on previous")
             << 20 << "<" << int(Qt::Key_Space) << Emitted { { 6 } } << "< 1 2 3 … 5 [6] 7 … 18 19 20 >";
     }
