@@ -94,6 +94,7 @@ private slots:
             QVERIFY(answerer.seen().value(1).shownAt - answerer.seen().value(0).shownAt >= 450);
         QWidget *window = data->mainWindow();
         QCOMPARE(window->isVisible() && !window->isMinimized(), message.isEmpty()); // as the user left it
+        QCOMPARE(dialog->isVisible(), !message.isEmpty()); // the login window goes once signed in
         if (message.isEmpty()) {
             // Built on the login worker, the back end now belongs to the window's thread and the facade.
             SdkObject *backend = VorSdk::instance()->backend();
